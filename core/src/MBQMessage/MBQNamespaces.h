@@ -1,0 +1,21 @@
+#pragma once
+
+// The one place that fixes the namespace URIs of the agent's messages. Every URI shares the
+// host below; only the path tells the vocabularies apart.
+#define MBQ_NAMESPACE_HOST "http://www.srn-agent.org"
+
+namespace MBQ {
+
+// The core framework's own records (numeric namespace id 292).
+constexpr const char* kCoreTypesNamespace = MBQ_NAMESPACE_HOST "/webservices/mbq/4.0.0/mbqtypes";
+// The container technology's records.
+constexpr const char* kTypesNamespace = MBQ_NAMESPACE_HOST "/webservices/ktr/4.0.0/ktrtypes";
+// Update service records.
+constexpr const char* kUpdateNamespace = MBQ_NAMESPACE_HOST "/webservices/ktr/4.0.0/ktrup2date";
+// Relocation (migration) records.
+constexpr const char* kRelocatorNamespace = MBQ_NAMESPACE_HOST "/webservices/ktr/4.0.0/ktrrelocator";
+
+// Schema types are written as xsi:type attributes.
+constexpr const char* kXsiNamespace = "http://www.w3.org/2001/XMLSchema-instance";
+
+}  // namespace MBQ

@@ -1,0 +1,223 @@
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "MBQMessage/MBQDerivedParsers.h"
+#include "MBQMessage/MBQMessage.h"
+#include "MBQMessage/MBQNamespaces.h"
+
+namespace MBQ {
+namespace {
+
+// A base kind with two derived kinds, registered like a technology library registers its own.
+struct Shape {
+  virtual ~Shape() = default;
+  std::string label;
+};
+
+template <int TypeId>
+struct BaseWriterSchema {
+  const char* getStrNSID() const { return ""; }
+  const char* getStrTypeID() const { return ""; }
+  int getNSID() const { return 292; }
+  int getTypeID() const { return TypeId; }
+};
+
+struct Circle : Shape {
+  int radius = 0;
+  struct Writer {
+    const char* getStrNSID() const { return kTypesNamespace; }
+    const char* getStrTypeID() const { return "circleType"; }
+    int getNSID() const { return 0; }
+    int getTypeID() const { return 0; }
+    int operator()(MBQMessageIterator& it, const Circle& c) const {
+      return it.setValue(1010, c.label) || it.setValue(1024, c.radius) ? -1 : 0;
+    }
+  };
+  struct Reader {
+    int operator()(const MBQMessageIterator& it, Circle& c) const {
+      return it.getValue(1010, c.label) || it.getValue(1024, c.radius) ? -1 : 0;
+    }
+  };
+};
+
+struct Square : Shape {
+  int side = 0;
+  // Declares its schema only through the core's numeric ids.
+  struct Writer : BaseWriterSchema<122> {
+    int operator()(MBQMessageIterator& it, const Square& s) const { return it.setValue(1704, s.side); }
+  };
+  struct Reader {
+    int operator()(const MBQMessageIterator& it, Square& s) const { return it.getValue(1704, s.side); }
+  };
+};
+
+struct Unregistered : Shape {};
+
+MBQDerivedParserFactoryT<Circle, Shape> circleFactory;
+MBQDerivedParserFactoryT<Square, Shape> squareFactory;
+
+using ShapeFactory = MBQDerivedParserFactory<Shape>;
+
+std::string roundTrip(const Shape& shape) {
+  MBQMessage message;
+  auto it = message.iterator();
+  it->addChildAndDescend("shape");
+  EXPECT_EQ(0, MBQWriterDerived<Shape>()(*it, shape));
+  return message.toString();
+}
+
+std::shared_ptr<Shape> readShape(const std::string& text, bool useDefault = false, int* rc = nullptr) {
+  MBQMessage message;
+  EXPECT_EQ(0, message.parse(text));
+  std::shared_ptr<Shape> shape;
+  int status = message.iterator()->getObject(shape, MBQReaderDerivedValid<Shape>(useDefault), "shape");
+  if (rc) *rc = status;
+  return shape;
+}
+
+TEST(MBQDerivedParsersTest, RegistryHoldsSchemaNamesAndRuntimeTypes) {
+  auto& registry = ShapeFactory::factoryInternalData();
+  EXPECT_EQ(2u, registry.byName.size());
+  EXPECT_EQ(&circleFactory, ShapeFactory::findByName(std::string(kTypesNamespace) + ":circleType"));
+  EXPECT_EQ(&squareFactory, ShapeFactory::findByName(std::string(kCoreTypesNamespace) + ":envType"));
+  EXPECT_EQ(&circleFactory, ShapeFactory::findByType(typeid(Circle)));
+  EXPECT_EQ(nullptr, ShapeFactory::defaultFactory());
+}
+
+TEST(MBQDerivedParsersTest, WritingRecordsTheTypeSoReadingChoosesTheClass) {
+  Circle circle;
+  circle.label = "c";
+  circle.radius = 3;
+  auto shape = readShape(roundTrip(circle));
+  auto* back = dynamic_cast<Circle*>(shape.get());
+  ASSERT_NE(nullptr, back);
+  EXPECT_EQ("c", back->label);
+  EXPECT_EQ(3, back->radius);
+
+  Square square;
+  square.side = 4;
+  shape = readShape(roundTrip(square));
+  ASSERT_NE(nullptr, dynamic_cast<Square*>(shape.get()));
+  EXPECT_EQ(4, static_cast<Square&>(*shape).side);
+}
+
+TEST(MBQDerivedParsersTest, UnknownOrMissingTypeFailsAndLeavesPointer) {
+  const std::string unknown =
+      "<m xmlns:xsi='http://www.w3.org/2001/XMLSchema-instance'><shape xsi:type='hexType'/></m>";
+  int rc = 0;
+  EXPECT_EQ(nullptr, readShape(unknown, true, &rc)) << "no default factory in this registry";
+  EXPECT_EQ(-1, rc);
+  EXPECT_EQ(nullptr, readShape("<m><shape/></m>", false, &rc));
+  EXPECT_EQ(-1, rc);
+  EXPECT_EQ(-1, MBQWriterDerived<Shape>()(*MBQMessage().iterator(), Unregistered()));
+  EXPECT_EQ(-1, MBQWriterDerived<Shape>()(*MBQMessage().iterator(), std::shared_ptr<Shape>()));
+}
+
+TEST(MBQDerivedParsersTest, FailedReadLeavesCallersPointer) {
+  MBQMessage message;
+  ASSERT_EQ(0, message.parse(roundTrip(Circle())));
+  auto it = message.iterator();
+  it->descend("shape");
+  ASSERT_EQ(0, it->lookup(1024));
+  it->remove();
+  auto previous = std::make_shared<Square>();
+  std::shared_ptr<Shape> shape = previous;
+  EXPECT_EQ(-1, MBQReaderDerivedValid<Shape>(false)(*it, shape));
+  EXPECT_EQ(previous, shape);
+}
+
+TEST(MBQDerivedParsersTest, ListOfDerivedRecordsReadsEachAsItsOwnClass) {
+  std::vector<std::shared_ptr<Shape>> shapes{std::make_shared<Circle>(), std::make_shared<Square>(),
+                                             std::make_shared<Circle>()};
+  MBQMessage message;
+  ASSERT_EQ(0, MBQWriterList(MBQWriterDerived<Shape>(), "shape")(*message.iterator(), shapes));
+  std::vector<std::shared_ptr<Shape>> back;
+  MBQMessage reread;
+  ASSERT_EQ(0, reread.parse(message.toString()));
+  ASSERT_EQ(0, MBQReaderList(MBQReaderDerivedValid<Shape>(false), "shape")(*reread.iterator(), back));
+  ASSERT_EQ(3u, back.size());
+  EXPECT_NE(nullptr, dynamic_cast<Circle*>(back[0].get()));
+  EXPECT_NE(nullptr, dynamic_cast<Square*>(back[1].get()));
+  EXPECT_NE(nullptr, dynamic_cast<Circle*>(back[2].get()));
+}
+
+struct Fallback : Shape {
+  struct Writer {
+    const char* getStrNSID() const { return kTypesNamespace; }
+    const char* getStrTypeID() const { return "fallbackType"; }
+    int getNSID() const { return 0; }
+    int getTypeID() const { return 0; }
+    int operator()(MBQMessageIterator&, const Fallback&) const { return 0; }
+  };
+  struct Reader {
+    int operator()(const MBQMessageIterator&, Fallback&) const { return 0; }
+  };
+};
+
+TEST(MBQDerivedParsersTest, DefaultFactoryReadsUnknownTypesOnlyWhenAllowed) {
+  {
+    MBQDerivedParserFactoryT<Fallback, Shape> fallback(true);
+    const std::string unknown =
+        "<m xmlns:xsi='http://www.w3.org/2001/XMLSchema-instance'><shape xsi:type='hexType'/></m>";
+    EXPECT_NE(nullptr, dynamic_cast<Fallback*>(readShape(unknown, true).get()));
+    EXPECT_EQ(nullptr, readShape(unknown, false));
+  }
+  EXPECT_EQ(nullptr, ShapeFactory::defaultFactory()) << "a destroyed factory leaves its registry";
+  EXPECT_EQ(2u, ShapeFactory::factoryInternalData().byName.size());
+}
+
+struct NullStrings : Shape {
+  struct Writer {
+    const char* getStrNSID() const { return nullptr; }
+    const char* getStrTypeID() const { return "x"; }
+    int getNSID() const { return 0; }
+    int getTypeID() const { return 0; }
+    int operator()(MBQMessageIterator&, const NullStrings&) const { return 0; }
+  };
+  struct Reader {
+    int operator()(const MBQMessageIterator&, NullStrings&) const { return 0; }
+  };
+};
+struct NullType : NullStrings {
+  struct Writer : NullStrings::Writer {
+    const char* getStrNSID() const { return ""; }
+    const char* getStrTypeID() const { return nullptr; }
+    int operator()(MBQMessageIterator&, const NullType&) const { return 0; }
+  };
+  struct Reader {
+    int operator()(const MBQMessageIterator&, NullType&) const { return 0; }
+  };
+};
+struct SameName : Circle {};
+struct CircleRenamed : Circle::Writer {
+  const char* getStrTypeID() const { return "renamedType"; }
+};
+struct SecondDefault : Fallback {
+  struct Writer : Fallback::Writer {
+    const char* getStrTypeID() const { return "secondType"; }
+  };
+};
+
+TEST(MBQDerivedParsersDeathTest, RegistrationErrorsAbortWithTheirLocation) {
+  using NullStringsFactory = MBQDerivedParserFactoryT<NullStrings, Shape>;
+  using NullTypeFactory = MBQDerivedParserFactoryT<NullType, Shape>;
+  using SameNameFactory = MBQDerivedParserFactoryT<SameName, Shape, std::string, Circle::Reader, Circle::Writer>;
+  using SameTypeFactory = MBQDerivedParserFactoryT<Circle, Shape, std::string, Circle::Reader, CircleRenamed>;
+  using SecondDefaultFactory =
+      MBQDerivedParserFactoryT<SecondDefault, Shape, std::string, Fallback::Reader, SecondDefault::Writer>;
+  EXPECT_DEATH(NullStringsFactory(), "MBQDerivedParsers:237");
+  EXPECT_DEATH(NullTypeFactory(), "MBQDerivedParsers:238");
+  EXPECT_DEATH(SameNameFactory(), "MBQDerivedParsers:269");
+  EXPECT_DEATH(SameTypeFactory(), "MBQDerivedParsers:271");
+  auto twoDefaults = [] {
+    MBQDerivedParserFactoryT<Fallback, Shape> first(true);
+    SecondDefaultFactory second(true);
+  };
+  EXPECT_DEATH(twoDefaults(), "MBQDerivedParsers:274");
+}
+
+}  // namespace
+}  // namespace MBQ

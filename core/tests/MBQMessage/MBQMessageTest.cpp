@@ -1,0 +1,210 @@
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "MBQCore/MBQError.h"
+#include "MBQMessage/MBQMessage.h"
+#include "MBQMessage/MBQNamespaces.h"
+#include "MBQMessage/MBQTagTable.h"
+
+namespace MBQ {
+namespace {
+
+struct BadXml {
+  const char* text;
+  const char* where;  // "line L, column C" expected at the start of the error text
+};
+
+TEST(MBQMessageTest, MalformedXmlFailsWithLineAndColumnAndKeepsOldDocument) {
+  const BadXml cases[] = {
+      {"", "line 1, column 1"},
+      {"<a>", "line 1, column 4"},
+      {"<a>\n  <b></a>", "line 2, column"},
+      {"<a x='1' x='2'/>", "line 1, column"},
+      {"<a>&undefined;</a>", "line 1, column"},
+      {"<?xml version='1.0'?>\n<a/><b/>", "line 2, column"},
+      {"<a xmlns:p='urn:x'><q:b/></a>", "line 1, column"},
+  };
+  for (const auto& bad : cases) {
+    MBQMessage message("kept");
+    EXPECT_EQ(-1, message.parse(bad.text)) << bad.text;
+    EXPECT_EQ(0u, getErrorMessage().rfind(bad.where, 0)) << bad.text << " -> " << getErrorMessage();
+    EXPECT_EQ("kept", message.iterator()->getName());
+  }
+}
+
+TEST(MBQMessageTest, ParsedTextSurvivesSerialisation) {
+  MBQMessage message;
+  ASSERT_EQ(0, message.parse("<r><a>1 &lt; 2</a><b><![CDATA[x&y]]></b><c/></r>"));
+  auto it = message.iterator();
+  std::string a, b;
+  EXPECT_EQ(0, it->getValue("a", a));
+  EXPECT_EQ(0, it->getValue("b", b));
+  EXPECT_EQ("1 < 2", a);
+  EXPECT_EQ("x&y", b);
+  MBQMessage again;
+  ASSERT_EQ(0, again.parse(message.toString()));
+  EXPECT_EQ(message.toString(), again.toString());
+}
+
+TEST(MBQMessageTest, ExternalEntitiesAreNeverLoaded) {
+  MBQMessage message;
+  const char* xxe =
+      "<!DOCTYPE r [<!ENTITY e SYSTEM 'file:///etc/passwd'>]><r><v>&e;</v></r>";
+  if (message.parse(xxe) == 0) {
+    std::string value;
+    message.iterator()->getValue("v", value);
+    EXPECT_EQ(std::string::npos, value.find("root:")) << value;
+  }
+}
+
+TEST(MBQMessageTest, CopiesAreDeep) {
+  MBQMessage original;
+  original.iterator()->setValue("v", 1);
+  MBQMessage copy(original);
+  copy.iterator()->setValue("w", 2);
+  EXPECT_FALSE(original.iterator()->hasChild(std::string("w")));
+  EXPECT_TRUE(copy.iterator()->hasChild(std::string("v")));
+}
+
+TEST(MBQMessageTest, CursorOutlivesItsMessage) {
+  std::unique_ptr<MBQMessageIterator> it;
+  {
+    MBQMessage message;
+    it = message.iterator();
+  }
+  EXPECT_EQ(0, it->setValue("v", 1));
+}
+
+TEST(MBQMessageTest, NavigationStaysInsideTheCursorsTop) {
+  MBQMessage message;
+  auto it = message.iterator();
+  it->addChildAndDescend("a");
+  it->addChild("x");
+  auto sub = it->clone();
+  it->up();
+  it->addChild("a");
+  EXPECT_NE(0, sub->up()) << "a cloned cursor never climbs above its top";
+  EXPECT_NE(0, sub->next("a")) << "nor moves to its top's siblings";
+  EXPECT_EQ(0, sub->descend("x"));
+  EXPECT_NE(0, it->up());
+  EXPECT_NE(0, it->descend("missing"));
+  EXPECT_EQ("message", it->getName());
+  EXPECT_EQ(0, it->descend("a"));
+  EXPECT_EQ(0, it->next("a"));
+  EXPECT_NE(0, it->next("a"));
+}
+
+TEST(MBQMessageTest, RemoveDeletesTheElementFoundByLookup) {
+  MBQMessage message;
+  auto it = message.iterator();
+  EXPECT_NE(0, it->remove()) << "nothing looked up yet";
+  it->setValue("a", 1);
+  it->setValue("b", 2);
+  ASSERT_EQ(0, it->lookup("a"));
+  EXPECT_EQ(0, it->remove());
+  EXPECT_NE(0, it->remove()) << "the element is gone already";
+  EXPECT_FALSE(it->hasChild(std::string("a")));
+  EXPECT_TRUE(it->hasChild(std::string("b")));
+  ASSERT_EQ(0, it->lookup("b"));
+  ASSERT_EQ(0, it->descend("b"));
+  EXPECT_NE(0, it->remove()) << "the cursor stands inside the element";
+}
+
+TEST(MBQMessageTest, SchemaTypeIsNamespaceQualifiedAndSurvivesImport) {
+  MBQMessage source;
+  auto it = source.iterator();
+  it->addChildAndDescend("rec");
+  ASSERT_EQ(0, it->setSchemaType("venv_configType", kTypesNamespace));
+  it->addChildAndDescend("inner");
+  ASSERT_EQ(0, it->setSchemaType(292, 122));
+  std::string type;
+  ASSERT_EQ(0, it->getSchemaType(type));
+  EXPECT_EQ(std::string(kCoreTypesNamespace) + ":envType", type);
+
+  // A target whose "ktr" prefix is bound to something else forces new prefixes on import.
+  MBQMessage target;
+  ASSERT_EQ(0, target.parse("<t xmlns:ktr='urn:other' xmlns:mbq='urn:else'/>"));
+  auto out = target.iterator();
+  ASSERT_EQ(0, out->importChildren(*source.iterator()));
+  MBQMessage reread;
+  ASSERT_EQ(0, reread.parse(target.toString()));
+  auto in = reread.iterator();
+  ASSERT_EQ(0, in->descend("rec"));
+  ASSERT_EQ(0, in->getSchemaType(type));
+  EXPECT_EQ(std::string(kTypesNamespace) + ":venv_configType", type) << target.toString();
+  ASSERT_EQ(0, in->descend("inner"));
+  ASSERT_EQ(0, in->getSchemaType(type));
+  EXPECT_EQ(std::string(kCoreTypesNamespace) + ":envType", type) << target.toString();
+}
+
+TEST(MBQMessageTest, SchemaTypeFailuresAreReported) {
+  MBQMessage message;
+  ASSERT_EQ(0, message.parse("<r xmlns:xsi='http://www.w3.org/2001/XMLSchema-instance'>"
+                             "<a xsi:type='nope:t'/><b/><c xsi:type='plain'/></r>"));
+  auto it = message.iterator();
+  std::string type;
+  ASSERT_EQ(0, it->descend("a"));
+  EXPECT_NE(0, it->getSchemaType(type)) << "unbound prefix";
+  it->up();
+  ASSERT_EQ(0, it->descend("b"));
+  EXPECT_NE(0, it->getSchemaType(type));
+  EXPECT_NE(0, it->setSchemaType(292, 9999));
+  EXPECT_NE(0, it->setSchemaType(777, 120));
+  it->up();
+  ASSERT_EQ(0, it->descend("c"));
+  ASSERT_EQ(0, it->getSchemaType(type));
+  EXPECT_EQ("plain", type);
+}
+
+TEST(MBQMessageTest, NamespacesAreDeclaredOnceAndResetByZero) {
+  MBQMessage message;
+  auto it = message.iterator();
+  ASSERT_EQ(0, it->setNamespace(std::string(kTypesNamespace)));
+  it->setValue("a", 1);
+  it->addChildAndDescend("b");
+  it->setValue("c", 2);
+  it->up();
+  ASSERT_EQ(0, it->setNamespace(0));
+  it->setValue("d", 3);
+  EXPECT_NE(0, it->setNamespace(12345));
+  const std::string text = message.toString();
+  EXPECT_NE(std::string::npos, text.find("<ktr:a>1</ktr:a>")) << text;
+  EXPECT_NE(std::string::npos, text.find("<ktr:c>2</ktr:c>")) << text;
+  EXPECT_NE(std::string::npos, text.find("<d>3</d>")) << text;
+  EXPECT_EQ(text.find("xmlns:ktr"), text.rfind("xmlns:ktr")) << text;
+}
+
+TEST(MBQMessageTest, ChildOrderPlacesRankedChildrenBeforeUnranked) {
+  struct Order : MBQChildOrder {
+    int getPositionOfTheTag(const std::string& name) const override {
+      static const char* names[] = {"first", "second", "third"};
+      for (int i = 0; i < 3; ++i)
+        if (name == names[i]) return i;
+      return -1;
+    }
+  } order;
+  MBQMessage message;
+  auto it = message.iterator();
+  it->setChildOrder(&order);
+  for (const char* name : {"free", "third", "first", "other", "second"}) it->addChild(std::string(name));
+  EXPECT_NE(std::string::npos, message.toString().find("<first/><second/><third/><free/><other/>"))
+      << message.toString();
+}
+
+TEST(MBQMessageTest, EmptyElementIgnoresWhitespace) {
+  MBQMessage message;
+  ASSERT_EQ(0, message.parse("<r><a>\n  </a><b> x </b><c><d/></c></r>"));
+  auto it = message.iterator();
+  it->descend("a");
+  EXPECT_TRUE(it->isEmptyElement());
+  it->up();
+  it->descend("b");
+  EXPECT_FALSE(it->isEmptyElement());
+  it->up();
+  it->descend("c");
+  EXPECT_FALSE(it->isEmptyElement());
+}
+
+}  // namespace
+}  // namespace MBQ
