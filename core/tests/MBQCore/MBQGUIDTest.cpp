@@ -1,0 +1,103 @@
+#include "MBQCore/MBQGUID.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace MBQ {
+namespace {
+
+const char kText[] = "00112233-4455-6677-8899-aabbccddeeff";
+const MBQGUID kGuid(0x0011223344556677ULL, 0x8899aabbccddeeffULL);
+
+TEST(MBQGUIDTest, DefaultIsTheEmptyInvalidGuid) {
+  MBQGUID guid;
+  EXPECT_FALSE(guid.isValid());
+  EXPECT_EQ("00000000-0000-0000-0000-000000000000", guid.toString());
+  EXPECT_EQ(MBQGUID(0, 0), guid);
+}
+
+TEST(MBQGUIDTest, HalvesAreBigEndianHighFirst) {
+  EXPECT_EQ(kText, kGuid.toString());
+  EXPECT_EQ(0x00, kGuid.bytes()[0]);
+  EXPECT_EQ(0xff, kGuid.bytes()[15]);
+  EXPECT_EQ(0x0011223344556677ULL, kGuid.high());
+  EXPECT_EQ(0x8899aabbccddeeffULL, kGuid.low());
+  // Only the lowest bit set is still a valid GUID.
+  EXPECT_TRUE(MBQGUID(0, 1).isValid());
+  EXPECT_EQ("00000000-0000-0000-0000-000000000001", MBQGUID(0, 1).toString());
+}
+
+TEST(MBQGUIDTest, GeneratedGuidsAreValidDistinctAndReadBack) {
+  const MBQGUID first = MBQGUID::generate();
+  const MBQGUID second = MBQGUID::generate();
+  EXPECT_TRUE(first.isValid());
+  EXPECT_NE(first, second);
+  MBQGUID read;
+  ASSERT_EQ(0, read.fromString(first.toString()));
+  EXPECT_EQ(first, read);
+  ASSERT_EQ(0, read.fromString("{" + second.toString() + "}"));
+  EXPECT_EQ(second, read);
+}
+
+TEST(MBQGUIDTest, ParsesBareBracedAndBlankSurroundedForms) {
+  const char* const texts[] = {
+      "00112233-4455-6677-8899-aabbccddeeff",
+      "00112233-4455-6677-8899-AABBCCDDEEFF",
+      "{00112233-4455-6677-8899-aabbccddeeff}",
+      "  00112233-4455-6677-8899-aabbccddeeff\t",
+      " {00112233-4455-6677-8899-AabbccddeefF} \n",
+  };
+  for (const char* text : texts) {
+    MBQGUID guid;
+    EXPECT_EQ(0, guid.fromString(text)) << text;
+    EXPECT_EQ(kGuid, guid) << text;
+    EXPECT_EQ(kText, guid.toString()) << text;
+  }
+}
+
+TEST(MBQGUIDTest, EmptyOrBlankTextIsTheAbsentGuid) {
+  for (const char* text : {"", " ", " \t\r\n"}) {
+    MBQGUID guid = kGuid;
+    EXPECT_EQ(0, guid.fromString(text)) << '"' << text << '"';
+    EXPECT_FALSE(guid.isValid()) << '"' << text << '"';
+  }
+}
+
+TEST(MBQGUIDTest, RejectsMalformedTextAndKeepsTheValue) {
+  const std::string texts[] = {
+      "{00112233-4455-6677-8899-aabbccddeeff",
+      "00112233-4455-6677-8899-aabbccddeeff}",
+      "{}",
+      "{",
+      "{{00112233-4455-6677-8899-aabbccddeeff}}",
+      "{ 00112233-4455-6677-8899-aabbccddeeff }",
+      "00112233-4455-6677-8899-aabbccddeef",
+      "00112233-4455-6677-8899-aabbccddeeff0",
+      "00112233-4455-6677-8899-aabbccddeeffx",
+      "00112233-4455-6677-8899-aabbccddeegg",
+      "001122334455-6677-8899-aabbccddeeff-",
+      "0011223344556677-8899aabbccddeeff",
+      "00112233 4455-6677-8899-aabbccddeeff",
+      std::string("00112233-4455-6677-8899-aabbccddeeff\0", 37),
+      std::string("00112233-4455-6677-8899-aabbccdd\0eff", 36),
+      "not a guid",
+  };
+  for (const std::string& text : texts) {
+    MBQGUID guid = kGuid;
+    EXPECT_NE(0, guid.fromString(text)) << text;
+    EXPECT_EQ(kGuid, guid) << text;
+  }
+}
+
+TEST(MBQGUIDTest, OrdersByBytesLikeTheText) {
+  const MBQGUID low(0, 0xffffffffffffffffULL);
+  const MBQGUID high(1, 0);
+  EXPECT_LT(MBQGUID(), low);
+  EXPECT_LT(low, high);
+  EXPECT_FALSE(high < low);
+  EXPECT_LT(low.toString(), high.toString());
+}
+
+}  // namespace
+}  // namespace MBQ

@@ -1,0 +1,160 @@
+#include "MBQCore/MBQLogger.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <set>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+// Sends the logger to a private temporary file for the test and reads back what it wrote.
+class MBQLoggerTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    savedLevel_ = MBQ::Logger::level();
+    file_ = std::tmpfile();
+    ASSERT_NE(nullptr, file_);
+    MBQ::Logger::setStream(file_);
+  }
+  void TearDown() override {
+    MBQ::Logger::setStream(stderr);
+    MBQ::Logger::setLevel(savedLevel_);
+    std::fclose(file_);
+  }
+
+  std::string written() {
+    MBQ::Logger::flush();
+    std::rewind(file_);
+    std::string content;
+    char chunk[4096];
+    std::size_t got;
+    while ((got = std::fread(chunk, 1, sizeof(chunk), file_)) > 0) content.append(chunk, got);
+    return content;
+  }
+
+  std::FILE* file_ = nullptr;
+  int savedLevel_ = MBQ::kInfo;
+};
+
+TEST_F(MBQLoggerTest, WritesLevelWordModuleAndFormattedText) {
+  MBQ::Logger::setLevel(MBQ::kDebug);
+  MBQ::Logger::put(MBQ::kFatal, "KTRFunctionality", "a %d", 0);
+  MBQ::Logger::put(MBQ::kError, "KTRFunctionality", "b %s", "x");
+  MBQ::Logger::put(MBQ::kWarning, "KTRFunctionality", "c");
+  MBQ::Logger::put(MBQ::kInfo, "MBQCore", "d %05.1f", 2.25);
+  MBQ::Logger::put(MBQ::kDebug, "MBQCore", "e%%");
+  EXPECT_EQ(
+      "FATAL KTRFunctionality: a 0\n"
+      "ERROR KTRFunctionality: b x\n"
+      "WARNING KTRFunctionality: c\n"
+      "INFO MBQCore: d 002.2\n"
+      "DEBUG MBQCore: e%\n",
+      written());
+}
+
+TEST_F(MBQLoggerTest, DropsMessagesAboveTheThreshold) {
+  MBQ::Logger::setLevel(MBQ::kWarning);
+  EXPECT_TRUE(MBQ::Logger::enabled(MBQ::kWarning));
+  EXPECT_FALSE(MBQ::Logger::enabled(MBQ::kInfo));
+  MBQ::Logger::put(MBQ::kInfo, "m", "dropped");
+  MBQ::Logger::put(MBQ::kDebug, "m", "dropped");
+  Log2(MBQ::kDebug, "m", "dropped");
+  MBQ::Logger::put(MBQ::kWarning, "m", "kept");
+  MBQ::Logger::put(MBQ::kError, "m", "kept");
+  EXPECT_EQ("WARNING m: kept\nERROR m: kept\n", written());
+}
+
+TEST_F(MBQLoggerTest, PutAtShowsOnlyTheFileNameOfTheLocation) {
+  MBQ::Logger::setLevel(MBQ::kInfo);
+  MBQ::Logger::putAt(MBQ::kError, "KTRFunctionality",
+                     "/build/ktr/lib/src/KTRFunctionality/KTREnvConfigBashParser.cpp", 120,
+                     "can't initQoSMap : %s", "no vocabulary");
+  MBQ::Logger::putAt(MBQ::kWarning, "m", "plain.cpp", 3, "no directory");
+  EXPECT_EQ(
+      "ERROR KTREnvConfigBashParser.cpp:120 KTRFunctionality: can't initQoSMap : no vocabulary\n"
+      "WARNING plain.cpp:3 m: no directory\n",
+      written());
+}
+
+TEST_F(MBQLoggerTest, Log2RecordsTheCallersFileAndLine) {
+  MBQ::Logger::setLevel(MBQ::kInfo);
+  const int line = __LINE__ + 1;
+  Log2(MBQ::kInfo, "KTRFunctionality", "value %d", 9);
+  EXPECT_EQ("INFO MBQLoggerTest.cpp:" + std::to_string(line) + " KTRFunctionality: value 9\n",
+            written());
+}
+
+TEST_F(MBQLoggerTest, KeepsLongMessagesWhole) {
+  MBQ::Logger::setLevel(MBQ::kInfo);
+  std::string text(10000, 'z');
+  MBQ::Logger::put(MBQ::kInfo, "m", "<%s>", text.c_str());
+  EXPECT_EQ("INFO m: <" + text + ">\n", written());
+}
+
+TEST_F(MBQLoggerTest, LinesFromManyThreadsNeverInterleave) {
+  MBQ::Logger::setLevel(MBQ::kInfo);
+  constexpr int kThreads = 4;
+  constexpr int kLines = 500;
+  // Long enough that a writer split into pieces would be caught in the middle.
+  const std::string filler(300, '.');
+  std::vector<std::thread> threads;
+  for (int t = 0; t < kThreads; ++t) {
+    threads.emplace_back([&, t] {
+      for (int i = 0; i < kLines; ++i) {
+        MBQ::Logger::put(MBQ::kInfo, "m", "t%d i%d %s end", t, i, filler.c_str());
+      }
+    });
+  }
+  for (std::thread& t : threads) t.join();
+
+  std::istringstream lines(written());
+  std::string line;
+  std::set<std::string> seen;
+  while (std::getline(lines, line)) {
+    int t = -1, i = -1;
+    ASSERT_EQ(2, std::sscanf(line.c_str(), "INFO m: t%d i%d", &t, &i)) << line;
+    std::ostringstream expected;
+    expected << "INFO m: t" << t << " i" << i << " " << filler << " end";
+    ASSERT_EQ(expected.str(), line);
+    seen.insert(line);
+  }
+  EXPECT_EQ(static_cast<std::size_t>(kThreads * kLines), seen.size());
+}
+
+// The threshold is read from the environment on first use only, so each case needs a process
+// in which the logger has not been touched yet: "threadsafe" death tests re-run the binary.
+struct EnvCase {
+  const char* value;
+  int expected;
+};
+
+class MBQLoggerDeathTest : public ::testing::TestWithParam<EnvCase> {};
+
+TEST_P(MBQLoggerDeathTest, TakesThresholdFromEnvironmentAtFirstUse) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  const EnvCase& c = GetParam();
+  EXPECT_EXIT(
+      {
+        setenv("MBQ_LOG_LEVEL", c.value, 1);
+        int first = MBQ::Logger::level();
+        setenv("MBQ_LOG_LEVEL", "0", 1);  // read once: a later change does not count
+        std::exit(first == c.expected && MBQ::Logger::level() == c.expected ? 0 : 10 + first);
+      },
+      ::testing::ExitedWithCode(0), "")
+      << "MBQ_LOG_LEVEL=\"" << c.value << "\"";
+}
+
+INSTANTIATE_TEST_SUITE_P(Values, MBQLoggerDeathTest,
+                         ::testing::Values(EnvCase{"0", MBQ::kFatal}, EnvCase{"4", MBQ::kDebug},
+                                           EnvCase{" 2 ", MBQ::kWarning},
+                                           EnvCase{"", MBQ::kInfo}, EnvCase{"5", MBQ::kInfo},
+                                           EnvCase{"-1", MBQ::kInfo},
+                                           EnvCase{"debug", MBQ::kInfo},
+                                           EnvCase{"1x", MBQ::kInfo}));
+
+}  // namespace

@@ -1,0 +1,183 @@
+#include "MBQCore/MBQString.h"
+
+#include <gtest/gtest.h>
+
+#include <clocale>
+#include <cmath>
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+#include <string>
+
+namespace {
+
+TEST(MBQStringTest, CaseMappingTouchesOnlyAsciiLetters) {
+  const std::string mixed = "Quellix_VE-42 @[`{ \xC3\x84rger \xC3\xA4";  // "Ärger ä" in UTF-8
+  EXPECT_EQ("quellix_ve-42 @[`{ \xC3\x84rger \xC3\xA4", MBQ::toLower(mixed));
+  EXPECT_EQ("QUELLIX_VE-42 @[`{ \xC3\x84RGER \xC3\xA4", MBQ::toUpper(mixed));
+  EXPECT_EQ("", MBQ::toLower(""));
+  const std::string withNul("A\0b", 3);
+  EXPECT_EQ(std::string("a\0b", 3), MBQ::toLower(withNul));
+}
+
+struct GoodNumber {
+  const char* text;
+  long long expected;
+};
+
+TEST(MBQStringTest, StrToLonglongAcceptsDecimalWithSignAndBlanks) {
+  const GoodNumber cases[] = {
+      {"0", 0},
+      {"7", 7},
+      {"-7", -7},
+      {"+7", 7},
+      {"007", 7},
+      {"-0", 0},
+      {"  42", 42},
+      {"42  ", 42},
+      {"\t 42 \r\n", 42},
+      {"1024\n", 1024},
+      {"9223372036854775807", std::numeric_limits<long long>::max()},
+      {"+9223372036854775807", std::numeric_limits<long long>::max()},
+      {"-9223372036854775808", std::numeric_limits<long long>::min()},
+      {"-9223372036854775807", std::numeric_limits<long long>::min() + 1},
+      {"00000000000000000000000000001", 1},
+  };
+  for (const GoodNumber& c : cases) {
+    long long value = 12345;
+    EXPECT_EQ(0, MBQ::strToLonglong(c.text, value)) << '"' << c.text << '"';
+    EXPECT_EQ(c.expected, value) << '"' << c.text << '"';
+    EXPECT_EQ(c.expected, MBQ::strToLonglong(std::string(c.text), -99LL)) << c.text;
+  }
+}
+
+TEST(MBQStringTest, StrToLonglongRejectsAnythingElse) {
+  const std::string bad[] = {
+      "",
+      " ",
+      "\t\n",
+      "+",
+      "-",
+      "+-5",
+      "-+5",
+      "--5",
+      "++5",
+      "- 5",
+      "+ 5",
+      "5 5",
+      "12abc",
+      "abc",
+      "0x10",
+      "1e3",
+      "1.0",
+      "1,000",
+      "9223372036854775808",
+      "-9223372036854775809",
+      "99999999999999999999",
+      "-99999999999999999999",
+      std::string("12\0", 3),
+      std::string("1\0" "2", 3),
+      "\xD9\xA3",  // ARABIC-INDIC DIGIT THREE: a digit, but not ours
+  };
+  for (const std::string& text : bad) {
+    long long value = 12345;
+    EXPECT_EQ(-1, MBQ::strToLonglong(text, value)) << '"' << text << '"';
+    EXPECT_EQ(12345, value) << "value changed for \"" << text << '"';
+    EXPECT_EQ(-99, MBQ::strToLonglong(text, -99LL)) << '"' << text << '"';
+  }
+  EXPECT_EQ(0, MBQ::strToLonglong("junk")) << "the fallback defaults to 0";
+}
+
+TEST(MBQStringTest, LonglongToStrRoundTripsTheExtremes) {
+  const long long values[] = {0, 1, -1, 10, -10, 1234567890123LL,
+                              std::numeric_limits<long long>::max(),
+                              std::numeric_limits<long long>::min()};
+  for (long long v : values) {
+    std::string text = MBQ::longlongToStr(v);
+    long long back = 0;
+    EXPECT_EQ(0, MBQ::strToLonglong(text, back)) << text;
+    EXPECT_EQ(v, back) << text;
+  }
+  EXPECT_EQ("-9223372036854775808", MBQ::longlongToStr(std::numeric_limits<long long>::min()));
+  EXPECT_EQ("-10", MBQ::longlongToStr(-10));
+}
+
+struct DoubleText {
+  double value;
+  const char* text;
+};
+
+const DoubleText kDoubles[] = {
+    {0.0, "0"},
+    {-0.0, "-0"},
+    {1.0, "1"},
+    {-1.0, "-1"},
+    {0.1, "0.1"},
+    {0.5, "0.5"},
+    {12.5, "12.5"},
+    {100.0, "100"},
+    {0.01, "0.01"},
+    {1.0 / 3.0, "0.3333333333333333"},
+    {2.0 / 3.0, "0.6666666666666666"},
+    {0.1 + 0.2, "0.30000000000000004"},
+    {123456789012.0, "123456789012"},
+    {1e300, "1e+300"},
+    {-1e300, "-1e+300"},
+    {1e-5, "1e-05"},
+    {1.5e-7, "1.5e-07"},
+    {5e-324, "5e-324"},
+    {2.2250738585072014e-308, "2.2250738585072014e-308"},
+    {1.7976931348623157e308, "1.7976931348623157e+308"},
+    {9007199254740993.0, "9007199254740992"},  // 2^53 + 1 is not a double
+};
+
+void expectDoubleTable() {
+  for (const DoubleText& c : kDoubles) {
+    std::string text = MBQ::doubleToStr(c.value);
+    EXPECT_EQ(c.text, text);
+    // Read back in the C locale's terms: same bits, sign of zero included.
+    double back = std::strtod(text.c_str(), nullptr);
+    EXPECT_EQ(0, std::memcmp(&back, &c.value, sizeof(double))) << text;
+  }
+}
+
+TEST(MBQStringTest, DoubleToStrIsShortestRoundTrip) { expectDoubleTable(); }
+
+TEST(MBQStringTest, DoubleToStrRoundTripsHardValues) {
+  // Neighbours of round numbers need all 17 digits; none may lose a bit.
+  const double seeds[] = {0.1, 1.0, 1e23, 5e-324, 123.456, 1e-300, 4.35};
+  for (double seed : seeds) {
+    double v = seed;
+    for (int step = 0; step < 3; ++step) {
+      v = std::nextafter(v, 1e308);
+      std::string text = MBQ::doubleToStr(v);
+      EXPECT_EQ(v, std::strtod(text.c_str(), nullptr)) << text;
+      EXPECT_LE(text.size(), 24u) << text;
+    }
+  }
+}
+
+TEST(MBQStringTest, DoubleToStrSpellsSpecialValues) {
+  EXPECT_EQ("inf", MBQ::doubleToStr(std::numeric_limits<double>::infinity()));
+  EXPECT_EQ("-inf", MBQ::doubleToStr(-std::numeric_limits<double>::infinity()));
+  EXPECT_EQ("nan", MBQ::doubleToStr(std::numeric_limits<double>::quiet_NaN()));
+  EXPECT_EQ("nan", MBQ::doubleToStr(-std::numeric_limits<double>::quiet_NaN()));
+}
+
+TEST(MBQStringTest, DoubleToStrIgnoresTheLocale) {
+  const char* saved = std::setlocale(LC_NUMERIC, nullptr);
+  std::string restore = saved ? saved : "C";
+  bool switched = false;
+  for (const char* name : {"de_DE.UTF-8", "de_DE.utf8", "fr_FR.UTF-8", "ru_RU.UTF-8"}) {
+    if (std::setlocale(LC_NUMERIC, name) != nullptr) {
+      switched = true;
+      break;
+    }
+  }
+  if (!switched) GTEST_SKIP() << "no locale with a decimal comma installed";
+  EXPECT_EQ("12.5", MBQ::doubleToStr(12.5));
+  EXPECT_EQ("0.30000000000000004", MBQ::doubleToStr(0.1 + 0.2));
+  std::setlocale(LC_NUMERIC, restore.c_str());
+}
+
+}  // namespace

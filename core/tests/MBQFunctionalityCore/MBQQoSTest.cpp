@@ -1,0 +1,134 @@
+#include "MBQFunctionalityCore/MBQQoS.h"
+
+#include <gtest/gtest.h>
+
+#include <set>
+#include <string>
+
+#include "MBQMessage/MBQMessage.h"
+
+namespace MBQ {
+namespace {
+
+MBQQoS withoutBarrier(const std::string& id, long long limit) { return MBQQoS(id, limit); }
+
+TEST(MBQQoSTest, TextFormHasTheBarrierOnlyWhenSpecified) {
+  struct Case {
+    MBQQoS qos;
+    const char* text;
+  };
+  const Case cases[] = {
+      {withoutBarrier("numproc", 300), "300"},
+      {MBQQoS("numproc", 100, 200), "100:200"},
+      {MBQQoS("numproc", 0, 0), "0:0"},
+      {MBQQoS("x", -1, 9223372036854775807LL), "-1:9223372036854775807"},
+      {withoutBarrier("x", -9223372036854775807LL - 1), "-9223372036854775808"},
+  };
+  struct Lenient {
+    const char* text;
+    MBQQoS qos;
+  };
+  const Lenient lenient[] = {{" 100 : 200 ", MBQQoS("a", 100, 200)}, {"+7", withoutBarrier("a", 7)}};
+  for (const Lenient& c : lenient) {
+    MBQQoS read("a", 1, 2);
+    ASSERT_EQ(0, read.fromString(c.text)) << c.text;
+    EXPECT_EQ(c.qos, read) << c.text;
+  }
+  for (const Case& c : cases) {
+    EXPECT_EQ(c.text, c.qos.toString()) << c.text;
+    MBQQoS read(c.qos.getId(), 55, 66);
+    ASSERT_EQ(0, read.fromString(c.text)) << c.text;
+    EXPECT_EQ(c.qos, read) << c.text;
+  }
+}
+
+TEST(MBQQoSTest, FromStringRejectsBadTextAndKeepsTheRecord) {
+  const char* const texts[] = {
+      "", " ", ":", "100:", ":200", "abc", "1:2:3", "42xyz", "1.5", "1 2",
+      "9223372036854775808", "1:9223372036854775808", "-9223372036854775809:1",
+  };
+  const MBQQoS kept("numproc", 100, 200);
+  for (const char* text : texts) {
+    MBQQoS qos = kept;
+    EXPECT_EQ(-1, qos.fromString(text)) << text;
+    EXPECT_EQ(kept, qos) << text;
+  }
+}
+
+TEST(MBQQoSTest, OrdersByIdThenBarrierThenLimit) {
+  const MBQQoS ordered[] = {
+      withoutBarrier("a", 1000), MBQQoS("a", -5, 0), MBQQoS("a", 1, 0), MBQQoS("a", 1, 2),
+      withoutBarrier("b", -1000),
+  };
+  const std::size_t count = sizeof ordered / sizeof ordered[0];
+  for (std::size_t i = 0; i + 1 < count; ++i) {
+    EXPECT_LT(ordered[i], ordered[i + 1]) << i;
+    EXPECT_FALSE(ordered[i + 1] < ordered[i]) << i;
+    EXPECT_NE(ordered[i], ordered[i + 1]) << i;
+  }
+  // Records with one id but other values are distinct members of a set.
+  std::set<MBQQoS> set(ordered, ordered + count);
+  EXPECT_EQ(count, set.size());
+}
+
+TEST(MBQQoSTest, UnspecifiedBarrierValueDoesNotCount) {
+  MBQOptionalProperty<long long> stale(42);
+  stale.specify(false);
+  MBQQoS qos("a", 10);
+  qos.setBarrier(stale);
+  EXPECT_EQ(withoutBarrier("a", 10), qos);
+  EXPECT_FALSE(qos < withoutBarrier("a", 10));
+  EXPECT_FALSE(withoutBarrier("a", 10) < qos);
+  EXPECT_EQ("10", qos.toString());
+  qos.setBarrier(5);
+  EXPECT_TRUE(qos.getBarrier().isSpecified());
+  EXPECT_EQ("5:10", qos.toString());
+}
+
+TEST(MBQQoSTest, RoundTripsThroughAMessage) {
+  const MBQQoS records[] = {MBQQoS("numproc", 100, 200), withoutBarrier("diskspace", 300),
+                            MBQQoS("cpu", -1, 0)};
+  for (const MBQQoS& written : records) {
+    MBQMessage message;
+    auto it = message.iterator();
+    ASSERT_EQ(0, it->putObj(written, "qos"));
+    MBQQoS read("stale", 1, 2);
+    ASSERT_EQ(0, it->getObj(read, "qos"));
+    EXPECT_EQ(written, read) << written.getId();
+
+    ASSERT_EQ(0, it->descend("qos"));
+    EXPECT_EQ(written.getBarrier().isSpecified(), it->hasChild("barrier"));
+    std::string id;
+    EXPECT_EQ(0, it->getValue("id", id));
+    EXPECT_EQ(written.getId(), id);
+  }
+}
+
+TEST(MBQQoSTest, ReaderRequiresIdAndLimit) {
+  struct Case {
+    const char* xml;
+    int result;
+  };
+  const Case cases[] = {
+      {"<m><id>a</id><barrier>1</barrier><limit>2</limit></m>", 0},
+      {"<m><limit>2</limit><id>a</id></m>", 0},
+      {"<m><barrier>1</barrier><limit>2</limit></m>", -1},
+      {"<m><id>a</id><barrier>1</barrier></m>", -1},
+      {"<m><id>a</id><limit>x</limit></m>", -1},
+      {"<m><id>a</id><barrier>1.5</barrier><limit>2</limit></m>", -1},
+  };
+  for (const Case& c : cases) {
+    MBQMessage message;
+    ASSERT_EQ(0, message.parse(c.xml)) << c.xml;
+    auto it = message.iterator();
+    const MBQQoS kept("kept", 7, 8);
+    MBQQoS qos = kept;
+    EXPECT_EQ(c.result, it->getObject(qos, MBQQoS::Reader())) << c.xml;
+    if (c.result != 0) {
+      EXPECT_EQ(kept, qos) << c.xml;
+    }
+  }
+}
+
+}  // namespace
+}  // namespace MBQ
