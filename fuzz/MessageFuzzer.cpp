@@ -26,15 +26,10 @@ void walk(const MBQ::MBQMessageIterator& it, int depth) {
                     MBQ::MBQReaderID(MBQ::MBQReaderValue<std::string>(), 1018))(it, map);
   std::vector<int> numbers;
   MBQ::MBQReaderList(MBQ::MBQReaderValue<int>(), 1323, MBQ::MBQReaderOptional)(it, numbers);
-  // Descend into each distinct child name once.
-  std::vector<std::string> names;
-  for (const char* probe : {"a", "b", "name", "value", "item"}) names.push_back(probe);
-  for (const auto& name : names) {
-    if (it.descend(name) == 0) {
-      do walk(it, depth + 1);
-      while (it.next(name) == 0);
-      it.up();
-    }
+  if (it.descendFirst() == 0) {
+    do walk(it, depth + 1);
+    while (it.nextSibling() == 0);
+    it.up();
   }
 }
 

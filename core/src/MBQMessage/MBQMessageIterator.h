@@ -49,6 +49,10 @@ class MBQ_EXPORT MBQMessageIterator {
   // To the next sibling with the id or name; fails (and stays) at the end.
   virtual int next(int id) const = 0;
   virtual int next(const std::string& name) const = 0;
+  // To the first element child of any name / the next element sibling of any name; for walking
+  // a tree whose names are not known in advance.
+  virtual int descendFirst() const = 0;
+  virtual int nextSibling() const = 0;
   // Back to the parent; fails at the cursor's top.
   virtual int up() const = 0;
 

@@ -181,6 +181,26 @@ class MBQXmlMessageIterator final : public MBQMessageIterator {
   int next(int id) const override { return nextTo(nameOfTag(id)); }
   int next(const std::string& name) const override { return nextTo(X(name.c_str())); }
 
+  int descendFirst() const override {
+    for (xmlNodePtr child = node_->children; child != nullptr; child = child->next) {
+      if (isElement(child)) {
+        node_ = child;
+        return 0;
+      }
+    }
+    return -1;
+  }
+  int nextSibling() const override {
+    if (node_ == top_) return -1;
+    for (xmlNodePtr sibling = node_->next; sibling != nullptr; sibling = sibling->next) {
+      if (isElement(sibling)) {
+        node_ = sibling;
+        return 0;
+      }
+    }
+    return -1;
+  }
+
   int up() const override {
     if (node_ == top_ || node_->parent == nullptr) return -1;
     node_ = node_->parent;

@@ -192,6 +192,21 @@ TEST(MBQMessageTest, ChildOrderPlacesRankedChildrenBeforeUnranked) {
       << message.toString();
 }
 
+TEST(MBQMessageTest, WalksChildrenOfAnyNameInDocumentOrder) {
+  MBQMessage message;
+  ASSERT_EQ(0, message.parse("<r>text<a/><!-- c --><b/>tail<c/></r>"));
+  auto it = message.iterator();
+  std::string names;
+  ASSERT_EQ(0, it->descendFirst());
+  do names += it->getName();
+  while (it->nextSibling() == 0);
+  EXPECT_EQ("abc", names);
+  EXPECT_EQ(0, it->up());
+  EXPECT_NE(0, it->nextSibling()) << "never beside the top";
+  it->descend("b");
+  EXPECT_NE(0, it->descendFirst());
+}
+
 TEST(MBQMessageTest, EmptyElementIgnoresWhitespace) {
   MBQMessage message;
   ASSERT_EQ(0, message.parse("<r><a>\n  </a><b> x </b><c><d/></c></r>"));
