@@ -133,9 +133,9 @@ class MBQ_EXPORT MBQEnvConfig : public MBQChildOrder {
   template <class C, class Key, class ItemWriter = MBQDefaultWriter<typename C::value_type>>
   int setQoSLikeListExT(const MBQOptionalProperty<C>& property, const Key& key, const std::string& namespaceUri,
                         const ItemWriter& writer = ItemWriter());
-  // The same with the namespace given by numeric id.
+  // The same with the namespace URI as a character string.
   template <class C, class Key>
-  int setQoSLikeListT(const MBQOptionalProperty<C>& property, const Key& key, int namespaceId);
+  int setQoSLikeListT(const MBQOptionalProperty<C>& property, const Key& key, const char* namespaceUri);
 
   // A set of strings, one string element per item.
   template <class Key>
@@ -221,8 +221,9 @@ int MBQEnvConfig::getQoSLikeListExT(MBQOptionalProperty<C>& property, const Key&
     typename C::value_type item{};
     if (reader(*it_, item) == 0) {
       *out++ = std::move(item);
-    } else if (!it_->isEmptyElement()) {
-      rc = -1;
+    } else {
+      // An empty element is the empty-list marker and ends the list; anything else is broken.
+      rc = it_->isEmptyElement() ? 0 : -1;
       break;
     }
   } while (it_->next(key) == 0);
@@ -248,9 +249,8 @@ int MBQEnvConfig::setQoSLikeListExT(const MBQOptionalProperty<C>& property, cons
 }
 
 template <class C, class Key>
-int MBQEnvConfig::setQoSLikeListT(const MBQOptionalProperty<C>& property, const Key& key, int namespaceId) {
-  const char* uri = namespaceId == 0 ? "" : MBQDefaultMap::findNSID(namespaceId);
-  return setQoSLikeListExT(property, key, std::string(uri ? uri : ""));
+int MBQEnvConfig::setQoSLikeListT(const MBQOptionalProperty<C>& property, const Key& key, const char* namespaceUri) {
+  return setQoSLikeListExT(property, key, std::string(namespaceUri ? namespaceUri : ""));
 }
 
 template <class Key>

@@ -10,6 +10,7 @@
 
 #include <cstring>
 #include <string>
+#include <vector>
 
 #include "MBQCore/MBQAbort.h"
 #include "MBQCore/MBQError.h"
@@ -137,6 +138,33 @@ void retargetSchemaTypes(xmlDocPtr sourceDoc, xmlNodePtr source, xmlDocPtr targe
     if (isElement(s)) retargetSchemaTypes(sourceDoc, s, targetDoc, t);
 }
 
+// A deep copy carries its own namespace declarations on every copied subtree root. Moves every
+// reference onto the declarations in scope at `anchor` (declaring on the root where needed) and
+// drops the copies' own declarations, so an imported record does not repeat them.
+void collectDeclarations(xmlNodePtr node, std::vector<xmlNsPtr>& dropped) {
+  if (node->nsDef != nullptr) {
+    dropped.push_back(node->nsDef);
+    node->nsDef = nullptr;
+  }
+  for (xmlNodePtr child = node->children; child != nullptr; child = child->next)
+    if (isElement(child)) collectDeclarations(child, dropped);
+}
+
+void remapNamespaces(xmlDocPtr doc, xmlNodePtr anchor, xmlNodePtr node) {
+  if (node->ns != nullptr) node->ns = ensureNamespace(doc, anchor, C(node->ns->href));
+  for (xmlAttrPtr attr = node->properties; attr != nullptr; attr = attr->next)
+    if (attr->ns != nullptr) attr->ns = ensureNamespace(doc, anchor, C(attr->ns->href));
+  for (xmlNodePtr child = node->children; child != nullptr; child = child->next)
+    if (isElement(child)) remapNamespaces(doc, anchor, child);
+}
+
+void rehomeNamespaces(xmlDocPtr doc, xmlNodePtr anchor, xmlNodePtr copy) {
+  std::vector<xmlNsPtr> dropped;
+  collectDeclarations(copy, dropped);
+  remapNamespaces(doc, anchor, copy);
+  for (xmlNsPtr list : dropped) xmlFreeNsList(list);
+}
+
 class MBQXmlMessageIterator final : public MBQMessageIterator {
  public:
   MBQXmlMessageIterator(std::shared_ptr<MBQXmlDocument> doc, xmlNodePtr top)
@@ -246,8 +274,8 @@ class MBQXmlMessageIterator final : public MBQMessageIterator {
       copies.emplace_back(child, copy);
     }
     for (auto& [original, copy] : copies) {
+      rehomeNamespaces(doc(), node_, copy);
       xmlAddChild(node_, copy);
-      xmlReconciliateNs(doc(), copy);
       retargetSchemaTypes(from->doc(), original, doc(), copy);
     }
     return 0;

@@ -1,0 +1,91 @@
+#include <gtest/gtest.h>
+
+#include <boost/intrusive_ptr.hpp>
+#include <thread>
+#include <vector>
+
+#include "MBQCore/MBQRefCounter.h"
+
+namespace MBQ {
+namespace {
+
+class Counted : public MBQRefCounter {
+ public:
+  explicit Counted(int* destroyed) : destroyed_(destroyed) {}
+  ~Counted() override { ++*destroyed_; }
+
+ private:
+  int* destroyed_;
+};
+
+TEST(MBQRefCounterTest, LastHandleDeletesOnce) {
+  int destroyed = 0;
+  boost::intrusive_ptr<Counted> first(new Counted(&destroyed));
+  EXPECT_EQ(1u, first->useCount());
+  {
+    boost::intrusive_ptr<Counted> second = first;
+    boost::intrusive_ptr<const Counted> third(second.get());
+    EXPECT_EQ(3u, first->useCount());
+  }
+  EXPECT_EQ(1u, first->useCount());
+  EXPECT_EQ(0, destroyed);
+  first.reset();
+  EXPECT_EQ(1, destroyed);
+}
+
+TEST(MBQRefCounterTest, CopyStartsUnowned) {
+  int destroyed = 0;
+  boost::intrusive_ptr<Counted> original(new Counted(&destroyed));
+  boost::intrusive_ptr<Counted> extra = original;
+  boost::intrusive_ptr<Counted> copy(new Counted(*original));
+  EXPECT_EQ(1u, copy->useCount());
+  *copy = *original;  // assignment keeps each object's own count
+  EXPECT_EQ(1u, copy->useCount());
+  EXPECT_EQ(2u, original->useCount());
+  copy.reset();
+  EXPECT_EQ(1, destroyed);
+  EXPECT_EQ(2u, original->useCount());
+}
+
+// Classes that reach the counter through two bases share one count when they derive
+// virtually, as the cache classes do.
+struct Left : virtual MBQRefCounter {};
+struct Right : virtual MBQRefCounter {};
+struct Both : Left, Right {
+  explicit Both(int* destroyed) : destroyed_(destroyed) {}
+  ~Both() override { ++*destroyed_; }
+  int* destroyed_;
+};
+
+TEST(MBQRefCounterTest, VirtualBasesShareOneCount) {
+  int destroyed = 0;
+  boost::intrusive_ptr<Both> both(new Both(&destroyed));
+  boost::intrusive_ptr<Left> left = both;
+  boost::intrusive_ptr<Right> right = both;
+  EXPECT_EQ(3u, both->useCount());
+  both.reset();
+  left.reset();
+  EXPECT_EQ(0, destroyed);
+  right.reset();
+  EXPECT_EQ(1, destroyed);
+}
+
+TEST(MBQRefCounterTest, HandlesMayBeCopiedFromManyThreads) {
+  int destroyed = 0;
+  boost::intrusive_ptr<Counted> shared(new Counted(&destroyed));
+  std::vector<std::thread> threads;
+  for (int t = 0; t < 4; ++t) {
+    threads.emplace_back([shared] {
+      for (int i = 0; i < 20000; ++i) {
+        boost::intrusive_ptr<Counted> copy = shared;
+      }
+    });
+  }
+  for (auto& thread : threads) thread.join();
+  EXPECT_EQ(1u, shared->useCount());
+  shared.reset();
+  EXPECT_EQ(1, destroyed);
+}
+
+}  // namespace
+}  // namespace MBQ

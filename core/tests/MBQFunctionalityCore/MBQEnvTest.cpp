@@ -1,0 +1,199 @@
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+
+#include "MBQFunctionalityCore/MBQEnv.h"
+#include "MBQFunctionalityCore/MBQEnvConfig.h"
+#include "MBQMessage/MBQDerivedParsers.h"
+#include "MBQMessage/MBQMessage.h"
+#include "MBQMessage/MBQNamespaces.h"
+
+namespace MBQ {
+namespace {
+
+// A technology configuration registered the way a technology library registers its own.
+struct TechConfig : MBQVEnvConfig {
+  struct Writer : MBQEnvConfig::Writer {
+    const char* getStrNSID() const { return kTypesNamespace; }
+    const char* getStrTypeID() const { return "tech_configType"; }
+    int getNSID() const { return 0; }
+    int getTypeID() const { return 0; }
+  };
+};
+// A class of the configuration registry that is no virtual configuration.
+struct NotVirtualConfig : MBQEnvConfig {
+  struct Writer : MBQEnvConfig::Writer {
+    const char* getStrNSID() const { return kTypesNamespace; }
+    const char* getStrTypeID() const { return "not_virtualType"; }
+    int getNSID() const { return 0; }
+    int getTypeID() const { return 0; }
+  };
+};
+
+MBQDerivedParserFactoryT<TechConfig, MBQEnvConfig, std::string, MBQEnvConfig::Reader, TechConfig::Writer> techFactory;
+MBQDerivedParserFactoryT<NotVirtualConfig, MBQEnvConfig, std::string, MBQEnvConfig::Reader, NotVirtualConfig::Writer>
+    notVirtualFactory;
+
+std::string hostnameOf(const MBQEnvConfig& config) {
+  MBQOptionalProperty<std::string> hostname;
+  config.getHostname(hostname);
+  return hostname.isSpecified() ? hostname.get() : "<unspecified>";
+}
+
+class MBQEnvTest : public ::testing::Test {
+ protected:
+  // Writes the record under "env", then re-reads it from the message's text.
+  std::string write(const MBQEnv& env) {
+    MBQMessage message;
+    EXPECT_EQ(0, message.iterator()->putObject(env, MBQEnv::Writer(), "env"));
+    return message.toString();
+  }
+  int read(const std::string& text, MBQEnv& env) {
+    MBQMessage message;
+    EXPECT_EQ(0, message.parse(text));
+    auto it = message.iterator();
+    EXPECT_EQ(0, it->descend("env"));
+    return MBQEnv::Reader()(*it, env);
+  }
+  std::shared_ptr<MBQVEnvConfig> virtualConfig(const std::string& hostname) {
+    auto config = std::make_shared<MBQVEnvConfig>();
+    config->setHostname(hostname);
+    return config;
+  }
+};
+
+TEST_F(MBQEnvTest, AlertTypesKeepFiveReasonsAndIgnoreOthers) {
+  struct Case {
+    int reason;
+    int expected;
+  };
+  const Case cases[] = {{-1, 0}, {0, 10}, {4, 14}, {5, 0}, {1000, 0}};
+  MBQEnv env;
+  for (const Case& c : cases) env.setAlertType(c.reason, c.reason + 10);
+  for (const Case& c : cases) EXPECT_EQ(c.expected, env.getAlertType(c.reason)) << "reason " << c.reason;
+}
+
+TEST_F(MBQEnvTest, RoundTripKeepsEveryPart) {
+  MBQEnv env(MBQEID("env-1"), virtualConfig("ct.example"));
+  env.setParentEID(MBQEID("node-7"));
+  env.setStatus(MBQEnvStatus(6, 1700000000LL));
+  env.setAlertType(1, 3);
+  env.setAlertType(4, 9);
+  auto plain = std::make_shared<MBQEnvConfig>();
+  plain->setName(std::string("web"));
+  env.setConfig(plain);
+
+  MBQEnv back;
+  back.setAlertType(2, 5);  // replaced by what the message says
+  ASSERT_EQ(0, read(write(env), back));
+  EXPECT_EQ("env-1", back.getEID().toString());
+  EXPECT_EQ("node-7", back.getParentEID().toString());
+  EXPECT_EQ(MBQEnvStatus(6, 1700000000LL), back.getStatus());
+  for (int reason = 0; reason < MBQEnv::kAlertReasons; ++reason)
+    EXPECT_EQ(env.getAlertType(reason), back.getAlertType(reason)) << "reason " << reason;
+  ASSERT_NE(nullptr, back.getConfig());
+  MBQOptionalProperty<std::string> name;
+  back.getConfig()->getName(name);
+  EXPECT_EQ("web", name.get());
+  ASSERT_NE(nullptr, back.getVirtualConfig());
+  EXPECT_EQ("ct.example", hostnameOf(*back.getVirtualConfig()));
+}
+
+TEST_F(MBQEnvTest, VirtualConfigReadsAsTheClassItWasWrittenAs) {
+  auto tech = std::make_shared<TechConfig>();
+  tech->setHostname(std::string("tech.example"));
+  MBQEnv env(MBQEID("e"), tech);
+  const std::string text = write(env);
+  EXPECT_NE(std::string::npos, text.find("tech_configType")) << text;
+
+  MBQEnv back;
+  ASSERT_EQ(0, read(text, back));
+  EXPECT_NE(nullptr, std::dynamic_pointer_cast<TechConfig>(back.getVirtualConfig()));
+  EXPECT_EQ("tech.example", hostnameOf(*back.getVirtualConfig()));
+}
+
+TEST_F(MBQEnvTest, VirtualConfigOfUnknownTypeReadsAsPlainVirtualConfig) {
+  // Written without any factory for its class: typed with the core's own schema ids.
+  MBQEnv env(MBQEID("e"), virtualConfig("plain.example"));
+  std::string text = write(env);
+  EXPECT_NE(std::string::npos, text.find("venv_configType")) << text;
+
+  MBQEnv back;
+  ASSERT_EQ(0, read(text, back));
+  ASSERT_NE(nullptr, back.getVirtualConfig());
+  EXPECT_EQ(typeid(MBQVEnvConfig), typeid(*back.getVirtualConfig()));
+
+  // A type written by a technology this process does not know.
+  const std::string from = "tech_configType";
+  text = write(MBQEnv(MBQEID("e"), [] {
+    auto c = std::make_shared<TechConfig>();
+    c->setHostname(std::string("other.example"));
+    return c;
+  }()));
+  text.replace(text.find(from), from.size(), "unknown_configType");
+  ASSERT_EQ(0, read(text, back));
+  EXPECT_EQ(typeid(MBQVEnvConfig), typeid(*back.getVirtualConfig()));
+  EXPECT_EQ("other.example", hostnameOf(*back.getVirtualConfig()));
+}
+
+TEST_F(MBQEnvTest, FailedReadLeavesRecordUnchanged) {
+  MBQEnv original(MBQEID("keep"), virtualConfig("keep.example"));
+  original.setAlertType(0, 1);
+
+  struct Case {
+    const char* what;
+    std::string text;
+  };
+  const std::string xsi = " xmlns:xsi='http://www.w3.org/2001/XMLSchema-instance'";
+  const Case cases[] = {
+      {"no eid", "<m><env><parent_eid>p</parent_eid></env></m>"},
+      {"empty eid", "<m><env><eid/></env></m>"},
+      {"status without state", "<m><env><eid>x</eid><status><since>5</since></status></env></m>"},
+      {"alert without value", "<m><env><eid>x</eid><alert><reason>1</reason></alert></env></m>"},
+      {"virtual config of a non-virtual class", "<m" + xsi + " xmlns:k='" + std::string(kTypesNamespace) +
+                                                    "'><env><eid>x</eid><virtual_config xsi:type='k:not_virtualType'/>"
+                                                    "</env></m>"},
+  };
+  for (const Case& c : cases) {
+    MBQEnv env = original;
+    EXPECT_EQ(-1, read(c.text, env)) << c.what;
+    EXPECT_EQ("keep", env.getEID().toString()) << c.what;
+    EXPECT_EQ(1, env.getAlertType(0)) << c.what;
+    EXPECT_EQ(original.getVirtualConfig(), env.getVirtualConfig()) << c.what;
+  }
+}
+
+TEST_F(MBQEnvTest, OptionalPartsAreLeftOutAndConfigsKeptWhenAbsent) {
+  MBQEnv env(MBQEID("bare"), nullptr);
+  const std::string text = write(env);
+  for (const char* absent : {"parent_eid", "since", "alert", "<config", "virtual_config"})
+    EXPECT_EQ(std::string::npos, text.find(absent)) << absent << " in " << text;
+
+  MBQEnv back(MBQEID("old"), virtualConfig("old.example"));
+  const auto kept = back.getVirtualConfig();
+  ASSERT_EQ(0, read(text, back));
+  EXPECT_EQ("bare", back.getEID().toString());
+  EXPECT_EQ(kept, back.getVirtualConfig());
+}
+
+TEST_F(MBQEnvTest, TypedWriteNamesTheCoreEnvType) {
+  MBQMessage message;
+  auto it = message.iterator();
+  ASSERT_EQ(0, it->addChildAndDescend("env"));
+  ASSERT_EQ(0, it->putObject(MBQEnv(MBQEID("e"), nullptr), MBQEnv::Writer()));
+  std::string type;
+  ASSERT_EQ(0, it->getSchemaType(type));
+  EXPECT_EQ(std::string(kCoreTypesNamespace) + ":envType", type);
+}
+
+TEST_F(MBQEnvTest, BaseTitleAndSortKeyComeFromTheEid) {
+  EXPECT_EQ(0u, MBQEnv().getSortKey());
+  EXPECT_EQ("", MBQEnv().getTitle());
+  MBQEnv env(MBQEID("a"), nullptr);
+  EXPECT_EQ("a", env.getTitle());
+  EXPECT_EQ(std::hash<std::string>()("a"), env.getSortKey());
+}
+
+}  // namespace
+}  // namespace MBQ

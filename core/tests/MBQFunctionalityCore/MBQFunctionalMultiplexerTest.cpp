@@ -1,0 +1,263 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+
+#include "MBQFunctionalityCore/MBQAccessProvider.h"
+#include "MBQFunctionalityCore/MBQFunctionalFactory.h"
+
+namespace MBQ {
+namespace {
+
+using ::testing::_;
+using ::testing::Return;
+
+struct Service {
+  virtual ~Service() = default;
+};
+struct ServiceImpl : Service {};
+
+using ServicePtr = std::shared_ptr<Service>;
+using Multiplexer = MBQFunctionalMultiplexer<Service>;
+
+class MockLocalFactory : public MBQFunctionalFactoryLocal<Service> {
+ public:
+  MOCK_METHOD(ServicePtr, create, (const MBQAccessProviderPtr&), (const, override));
+};
+
+class MockAgentFactory : public MBQFunctionalFactoryAgent<Service> {
+ public:
+  MOCK_METHOD(ServicePtr, create, (const MBQEID&, const MBQAccessProviderPtr&, const std::string&),
+              (const, override));
+  MOCK_METHOD(ServicePtr, create, (const MBQEID&, const MBQAccessProviderPtr&), (const, override));
+};
+
+// A provider that cannot tell which EIDs are local.
+class BlindProvider : public MBQAccessProviderPrototype {
+ public:
+  MBQLocalityCheckerPtr getLocalityChecker() const override { return nullptr; }
+};
+
+const MBQEID kLocalEid("101");
+const MBQEID kRemoteEid("202");
+
+enum class ProviderKind { kNone, kWithoutChecker, kChecking };
+enum class LocalKind { kNone, kMakes, kMakesNull };
+enum class AgentKind { kNone, kMakes, kMakesWithParameter };
+enum class Outcome { kNull, kLocal, kAgent };
+
+struct GetCase {
+  const char* what;
+  ProviderKind provider;
+  const MBQEID* eid;
+  LocalKind local;
+  AgentKind agent;
+  Outcome outcome;
+  bool localAsked;
+};
+
+const GetCase kGetCases[] = {
+    {"local EID prefers the local factory", ProviderKind::kChecking, &kLocalEid, LocalKind::kMakes,
+     AgentKind::kMakes, Outcome::kLocal, true},
+    {"remote EID goes to the agent", ProviderKind::kChecking, &kRemoteEid, LocalKind::kMakes,
+     AgentKind::kMakes, Outcome::kAgent, false},
+    {"remote EID with a parameter", ProviderKind::kChecking, &kRemoteEid, LocalKind::kMakes,
+     AgentKind::kMakesWithParameter, Outcome::kAgent, false},
+    {"remote EID never falls back to local", ProviderKind::kChecking, &kRemoteEid, LocalKind::kMakes,
+     AgentKind::kNone, Outcome::kNull, false},
+    {"local EID, agent factory only", ProviderKind::kChecking, &kLocalEid, LocalKind::kNone,
+     AgentKind::kMakes, Outcome::kAgent, false},
+    {"local EID, local factory makes nothing", ProviderKind::kChecking, &kLocalEid, LocalKind::kMakesNull,
+     AgentKind::kMakesWithParameter, Outcome::kAgent, true},
+    {"local EID, nothing anywhere", ProviderKind::kChecking, &kLocalEid, LocalKind::kMakesNull,
+     AgentKind::kNone, Outcome::kNull, true},
+    {"registered nowhere", ProviderKind::kChecking, &kLocalEid, LocalKind::kNone, AgentKind::kNone,
+     Outcome::kNull, false},
+    {"no provider tries local first", ProviderKind::kNone, &kRemoteEid, LocalKind::kMakes,
+     AgentKind::kMakes, Outcome::kLocal, true},
+    {"no provider, local makes nothing", ProviderKind::kNone, &kRemoteEid, LocalKind::kMakesNull,
+     AgentKind::kMakes, Outcome::kAgent, true},
+    {"provider without checker tries local first", ProviderKind::kWithoutChecker, &kRemoteEid,
+     LocalKind::kMakes, AgentKind::kMakes, Outcome::kLocal, true},
+    {"provider without checker, agent factory only", ProviderKind::kWithoutChecker, &kRemoteEid,
+     LocalKind::kNone, AgentKind::kMakesWithParameter, Outcome::kAgent, false},
+};
+
+MBQAccessProviderPtr makeProvider(ProviderKind kind) {
+  switch (kind) {
+    case ProviderKind::kNone:
+      return nullptr;
+    case ProviderKind::kWithoutChecker:
+      return new BlindProvider();
+    case ProviderKind::kChecking:
+      return new MBQLocalAccessProvider({kLocalEid});
+  }
+  return nullptr;
+}
+
+TEST(MBQFunctionalMultiplexerTest, GetChoosesBetweenLocalAndAgent) {
+  for (const GetCase& c : kGetCases) {
+    SCOPED_TRACE(c.what);
+    Multiplexer multiplexer;
+    const MBQAccessProviderPtr provider = makeProvider(c.provider);
+    const ServicePtr localProduct = std::make_shared<ServiceImpl>();
+    const ServicePtr agentProduct = std::make_shared<ServiceImpl>();
+
+    auto local = std::make_shared<MockLocalFactory>();
+    ON_CALL(*local, create(_)).WillByDefault(Return(c.local == LocalKind::kMakes ? localProduct : nullptr));
+    EXPECT_CALL(*local, create(provider)).Times(c.localAsked ? 1 : 0);
+    if (c.local != LocalKind::kNone) multiplexer.registerLocal("svc", local);
+
+    auto agent = std::make_shared<MockAgentFactory>();
+    const bool withParameter = c.agent == AgentKind::kMakesWithParameter;
+    const int agentCalls = c.agent != AgentKind::kNone && c.outcome == Outcome::kAgent ? 1 : 0;
+    ON_CALL(*agent, create(_, _, _)).WillByDefault(Return(agentProduct));
+    ON_CALL(*agent, create(_, _)).WillByDefault(Return(agentProduct));
+    EXPECT_CALL(*agent, create(*c.eid, provider, "node=2")).Times(withParameter ? agentCalls : 0);
+    EXPECT_CALL(*agent, create(*c.eid, provider)).Times(withParameter ? 0 : agentCalls);
+    if (c.agent != AgentKind::kNone) multiplexer.registerAgent("svc", agent);
+    if (withParameter) multiplexer.setAgentParameter("svc", "node=2");
+
+    const ServicePtr result = multiplexer.get(*c.eid, provider, "svc");
+    switch (c.outcome) {
+      case Outcome::kNull:
+        EXPECT_EQ(nullptr, result);
+        break;
+      case Outcome::kLocal:
+        EXPECT_EQ(localProduct, result);
+        break;
+      case Outcome::kAgent:
+        EXPECT_EQ(agentProduct, result);
+        break;
+    }
+  }
+}
+
+TEST(MBQFunctionalMultiplexerTest, UnknownNameGivesNullOnEveryPath) {
+  Multiplexer multiplexer;
+  auto local = std::make_shared<MockLocalFactory>();
+  auto agent = std::make_shared<MockAgentFactory>();
+  EXPECT_CALL(*local, create(_)).Times(0);
+  EXPECT_CALL(*agent, create(_, _)).Times(0);
+  EXPECT_CALL(*agent, create(_, _, _)).Times(0);
+  // Names are exact keys: neither case nor blanks are folded.
+  multiplexer.registerLocal("EnvM", local);
+  multiplexer.registerAgent("EnvM", agent);
+  const MBQAccessProviderPtr provider = makeProvider(ProviderKind::kChecking);
+  for (const std::string name : {"envm", "EnvM ", ""}) {
+    SCOPED_TRACE("'" + name + "'");
+    EXPECT_EQ(nullptr, multiplexer.getLocal(provider, name));
+    EXPECT_EQ(nullptr, multiplexer.getAgent(kLocalEid, provider, name));
+    EXPECT_EQ(nullptr, multiplexer.get(kLocalEid, provider, name));
+  }
+}
+
+TEST(MBQFunctionalMultiplexerTest, GetLocalHandsTheProviderOverUnchanged) {
+  Multiplexer multiplexer;
+  auto local = std::make_shared<MockLocalFactory>();
+  multiplexer.registerLocal("svc", local);
+  const MBQAccessProviderPtr provider = makeProvider(ProviderKind::kChecking);
+  const ServicePtr product = std::make_shared<ServiceImpl>();
+  EXPECT_CALL(*local, create(provider)).WillOnce(Return(product));
+  EXPECT_CALL(*local, create(MBQAccessProviderPtr())).WillOnce(Return(nullptr));
+  EXPECT_EQ(product, multiplexer.getLocal(provider, "svc"));
+  EXPECT_EQ(nullptr, multiplexer.getLocal(nullptr, "svc"));
+}
+
+TEST(MBQFunctionalMultiplexerTest, AgentParameterIsKeptApartFromTheFactory) {
+  Multiplexer multiplexer;
+  auto agent = std::make_shared<MockAgentFactory>();
+  const MBQAccessProviderPtr provider = makeProvider(ProviderKind::kWithoutChecker);
+  const ServicePtr product = std::make_shared<ServiceImpl>();
+  ::testing::InSequence order;
+
+  // Set before the factory exists, the parameter is used once the factory comes.
+  multiplexer.setAgentParameter("svc", "first");
+  EXPECT_EQ(nullptr, multiplexer.getAgent(kRemoteEid, provider, "svc"));
+  multiplexer.registerAgent("svc", agent);
+  EXPECT_CALL(*agent, create(kRemoteEid, provider, "first")).WillOnce(Return(product));
+  EXPECT_EQ(product, multiplexer.getAgent(kRemoteEid, provider, "svc"));
+
+  // An empty parameter is still a parameter.
+  multiplexer.setAgentParameter("svc", "");
+  EXPECT_CALL(*agent, create(kRemoteEid, provider, "")).WillOnce(Return(product));
+  EXPECT_EQ(product, multiplexer.getAgent(kRemoteEid, provider, "svc"));
+
+  multiplexer.removeAgentParameter("svc");
+  EXPECT_CALL(*agent, create(kRemoteEid, provider)).WillOnce(Return(product));
+  EXPECT_EQ(product, multiplexer.getAgent(kRemoteEid, provider, "svc"));
+
+  // Another name's parameter is not borrowed, and the parameter survives the factory.
+  multiplexer.setAgentParameter("other", "second");
+  multiplexer.setAgentParameter("svc", "third");
+  multiplexer.unregisterAgent("svc");
+  EXPECT_EQ(nullptr, multiplexer.getAgent(kRemoteEid, provider, "svc"));
+  multiplexer.registerAgent("svc", agent);
+  EXPECT_CALL(*agent, create(kRemoteEid, provider, "third")).WillOnce(Return(nullptr));
+  EXPECT_EQ(nullptr, multiplexer.getAgent(kRemoteEid, provider, "svc"));
+}
+
+TEST(MBQFunctionalMultiplexerTest, UnregisteredFactoriesAreNoLongerAsked) {
+  Multiplexer multiplexer;
+  auto local = std::make_shared<MockLocalFactory>();
+  auto agent = std::make_shared<MockAgentFactory>();
+  EXPECT_CALL(*local, create(_)).Times(0);
+  EXPECT_CALL(*agent, create(_, _)).Times(0);
+  multiplexer.registerLocal("svc", local);
+  multiplexer.registerAgent("svc", agent);
+  multiplexer.unregisterLocal("svc");
+  multiplexer.unregisterAgent("svc");
+  multiplexer.unregisterLocal("unknown");
+  multiplexer.unregisterAgent("unknown");
+  multiplexer.removeAgentParameter("unknown");
+  EXPECT_EQ(nullptr, multiplexer.get(kLocalEid, nullptr, "svc"));
+
+  // The name is free again.
+  auto replacement = std::make_shared<MockLocalFactory>();
+  const ServicePtr product = std::make_shared<ServiceImpl>();
+  EXPECT_CALL(*replacement, create(_)).WillOnce(Return(product));
+  multiplexer.registerLocal("svc", replacement);
+  EXPECT_EQ(product, multiplexer.get(kLocalEid, nullptr, "svc"));
+}
+
+// Factories run outside the registry's lock: a local service that needs a proxy to another
+// node's service gets it from the same registry while it is being made.
+TEST(MBQFunctionalMultiplexerTest, FactoryMayUseTheRegistryWhileCreating) {
+  Multiplexer multiplexer;
+  const ServicePtr agentProduct = std::make_shared<ServiceImpl>();
+  auto agent = std::make_shared<MockAgentFactory>();
+  EXPECT_CALL(*agent, create(kRemoteEid, _)).WillOnce(Return(agentProduct));
+  multiplexer.registerAgent("peer", agent);
+
+  auto local = std::make_shared<MockLocalFactory>();
+  EXPECT_CALL(*local, create(_)).WillOnce([&](const MBQAccessProviderPtr& provider) {
+    multiplexer.unregisterLocal("unused");
+    return multiplexer.get(kRemoteEid, provider, "peer");
+  });
+  multiplexer.registerLocal("svc", local);
+  EXPECT_EQ(agentProduct, multiplexer.getLocal(makeProvider(ProviderKind::kChecking), "svc"));
+}
+
+TEST(MBQFunctionalMultiplexerDeathTest, NullOrDuplicateFactoryAborts) {
+  const char* const where = "core/src/MBQFunctionalityCore/MBQFunctionalFactory:[0-9]+ in ";
+  EXPECT_DEATH(Multiplexer().registerLocal("svc", nullptr), std::string(where) + "registerLocal");
+  EXPECT_DEATH(Multiplexer().registerAgent("svc", nullptr), std::string(where) + "registerAgent");
+  EXPECT_DEATH(
+      {
+        Multiplexer multiplexer;
+        multiplexer.registerLocal("svc", std::make_shared<MockLocalFactory>());
+        multiplexer.registerLocal("svc", std::make_shared<MockLocalFactory>());
+      },
+      std::string(where) + "registerLocal");
+  EXPECT_DEATH(
+      {
+        Multiplexer multiplexer;
+        multiplexer.registerAgent("svc", std::make_shared<MockAgentFactory>());
+        multiplexer.registerAgent("svc", std::make_shared<MockAgentFactory>());
+      },
+      std::string(where) + "registerAgent");
+}
+
+}  // namespace
+}  // namespace MBQ

@@ -1,0 +1,69 @@
+#include "MBQFunctionalityCore/MBQIPPoolAllocation.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "MBQMessage/MBQMessage.h"
+
+namespace MBQ {
+namespace {
+
+MBQIPPoolAllocation allocation(const std::string& gateway, const std::vector<std::string>* addresses) {
+  MBQIPPoolAllocation result;
+  result.setGateway(MBQIPv6(gateway));
+  if (addresses != nullptr) {
+    std::vector<MBQIPv6> list;
+    for (const std::string& text : *addresses) list.push_back(MBQIPv6(text));
+    result.setAddresses(list);
+  }
+  return result;
+}
+
+TEST(MBQIPPoolAllocationTest, RoundTripsThroughMessageText) {
+  const std::vector<std::string> some = {"10.0.0.53", "2001:db8::53"};
+  const std::vector<std::string> none;
+  const MBQIPPoolAllocation cases[] = {
+      allocation("10.0.0.1", &some),
+      allocation("2001:db8::1", &none),  // specified but empty: told apart from unspecified
+      allocation("::", nullptr),
+  };
+  for (const MBQIPPoolAllocation& written : cases) {
+    MBQMessage message;
+    ASSERT_EQ(0, message.iterator()->putObject(written, MBQIPPoolAllocation::Writer(), "allocation"));
+    MBQMessage reread;
+    ASSERT_EQ(0, reread.parse(message.toString()));
+    MBQIPPoolAllocation read = allocation("10.9.9.9", &some);
+    ASSERT_EQ(0, reread.iterator()->getObject(read, MBQIPPoolAllocation::Reader(), "allocation"));
+    EXPECT_EQ(written, read) << message.toString();
+  }
+}
+
+TEST(MBQIPPoolAllocationTest, BadAddressTextsFailAndLeaveTheRecord) {
+  const char* const documents[] = {
+      "<m><a><gateway>10.0.0.256</gateway></a></m>",
+      "<m><a><addresses><address>10.0.0.1</address><address>dhcp</address></addresses></a></m>",
+      "<m><a><addresses><address/></addresses></a></m>",
+  };
+  const std::vector<std::string> kept = {"10.0.0.53"};
+  for (const char* document : documents) {
+    MBQMessage message;
+    ASSERT_EQ(0, message.parse(document)) << document;
+    MBQIPPoolAllocation read = allocation("10.0.0.1", &kept);
+    EXPECT_EQ(-1, message.iterator()->getObject(read, MBQIPPoolAllocation::Reader(), "a")) << document;
+    EXPECT_EQ(allocation("10.0.0.1", &kept), read) << document;
+  }
+}
+
+TEST(MBQIPPoolAllocationTest, MissingGatewayKeepsItAndMissingListIsUnspecified) {
+  MBQMessage message;
+  ASSERT_EQ(0, message.parse("<m><a/></m>"));
+  const std::vector<std::string> kept = {"10.0.0.53"};
+  MBQIPPoolAllocation read = allocation("10.0.0.1", &kept);
+  ASSERT_EQ(0, message.iterator()->getObject(read, MBQIPPoolAllocation::Reader(), "a"));
+  EXPECT_EQ(allocation("10.0.0.1", nullptr), read);
+}
+
+}  // namespace
+}  // namespace MBQ

@@ -1,0 +1,147 @@
+#include "KTRFunctionality/KTRVtSettings.h"
+
+#include "MBQMessage/MBQCoreValueCodec.h"
+
+namespace KTR {
+
+namespace {
+
+using MBQ::MBQMessageIterator;
+using OptionalText = MBQ::MBQOptionalProperty<std::string>;
+
+// A derived record's base part goes into the derived record's own element. The base writer's
+// typed write would also replace the element's schema type with the base's (core 292:151 or
+// 292:152), and the derived reader could no longer choose the derived class; so only the
+// base's namespace is taken over, for the base's elements.
+template <class Base, class BaseWriter>
+int writeBasePart(MBQMessageIterator& it, const Base& base, const BaseWriter& writer) {
+  const std::string saved = it.getNamespace();
+  if (it.setNamespace(writer.getNSID()) != 0) return -1;
+  const int rc = writer(it, base);
+  it.setNamespace(saved);
+  return rc;
+}
+
+int writeOptionalText(MBQMessageIterator& it, const char* name, const OptionalText& text) {
+  return MBQ::MBQWriterID(MBQ::MBQDefaultWriter<OptionalText>(), name)(it, text);
+}
+
+void readOptionalText(const MBQMessageIterator& it, const char* name, OptionalText& text) {
+  MBQ::MBQReaderID(MBQ::MBQDefaultReader<OptionalText>(), name, MBQ::MBQReaderOptional)(it, text);
+}
+
+constexpr const char* kNoOfflineService = "no_offline_service";
+
+}  // namespace
+
+// ---------------------------------------------------------------- KTRRedirectService
+
+int KTRRedirectService::Reader::operator()(const MBQMessageIterator& it, KTRRedirectService& service) const {
+  if (it.getValue(1010, service.name_) != 0) return -1;
+  if (it.getValue(1704, service.port_) != 0) return -1;
+  if (MBQ::MBQReaderID(MBQ::MBQDefaultReader<MBQ::MBQEID>(), 1652)(it, service.target_) != 0) return -1;
+  service.flag_ = it.hasChild(1305);
+  return 0;
+}
+
+int KTRRedirectService::Writer::operator()(MBQMessageIterator& it, const KTRRedirectService& service) const {
+  if (it.setValue(1010, service.name_) != 0) return -1;
+  if (it.setValue(1704, service.port_) != 0) return -1;
+  if (MBQ::MBQWriterID(MBQ::MBQDefaultWriter<MBQ::MBQEID>(), 1652)(it, service.target_) != 0) return -1;
+  if (service.flag_ && it.addChild(1305) != 0) return -1;
+  return 0;
+}
+
+// ---------------------------------------------------------------- KTRConnectionLinkInfo
+
+int KTRConnectionLinkInfo::Reader::operator()(const MBQMessageIterator& it, KTRConnectionLinkInfo& link) const {
+  if (it.getValue(1262, link.host_) != 0) return -1;
+  // Deliberately not checked: older peers send only the host.
+  it.getValue(1704, link.port_);
+  it.getValue("client_ip", link.clientIp_);
+  it.getValue("client_port", link.clientPort_);
+  return 0;
+}
+
+int KTRConnectionLinkInfo::Writer::operator()(MBQMessageIterator& it, const KTRConnectionLinkInfo& link) const {
+  if (it.setValue("client_ip", link.clientIp_) != 0) return -1;
+  if (it.setValue("client_port", link.clientPort_) != 0) return -1;
+  if (it.setValue(1262, link.host_) != 0) return -1;
+  return it.setValue(1704, link.port_);
+}
+
+// ---------------------------------------------------------------- KTRVtInfo
+
+KTRVtInfo::~KTRVtInfo() = default;
+
+int KTRVtInfo::Reader::operator()(const MBQMessageIterator& it, KTRVtInfo& info) const {
+  // The own elements are informational; only the base part decides whether the record reads.
+  it.getValue(1223, info.release_);
+  it.getValue(1278, info.vtText_);
+  MBQ::MBQReaderID(MBQ::MBQDefaultReader<MBQ::MBQEID>(), "sve_eid")(it, info.sveEid_);
+  info.items_.clear();
+  MBQ::MBQReaderData(info.items_, 1323, MBQ::MBQReaderOptional)(it, info.items_);
+  return MBQ::MBQVtInfo::Reader()(it, info);
+}
+
+int KTRVtInfo::Writer::operator()(MBQMessageIterator& it, const KTRVtInfo& info) const {
+  if (it.setValue(1223, info.release_) != 0) return -1;
+  if (it.setValue(1278, info.vtText_) != 0) return -1;
+  if (MBQ::MBQWriterID(MBQ::MBQDefaultWriter<MBQ::MBQEID>(), "sve_eid")(it, info.sveEid_) != 0) return -1;
+  if (MBQ::MBQWriterData(info.items_, 1323)(it, info.items_) != 0) return -1;
+  return writeBasePart(it, static_cast<const MBQ::MBQVtInfo&>(info), MBQ::MBQVtInfo::Writer());
+}
+
+// ---------------------------------------------------------------- KTRVtSettings
+
+KTRVtSettings::~KTRVtSettings() = default;
+
+int KTRVtSettings::Reader::operator()(const MBQMessageIterator& it, KTRVtSettings& settings) const {
+  readOptionalText(it, "lock_dir", settings.lockDir_);
+  readOptionalText(it, "template_dir", settings.templateDir_);
+
+  settings.settings_.clear();
+  const auto keyReader = MBQ::MBQReaderID(MBQ::MBQReaderValue<std::string>(), 1010, MBQ::MBQReaderOptional);
+  const auto valueReader = MBQ::MBQReaderID(MBQ::MBQReaderValue<std::string>(), 1018, MBQ::MBQReaderOptional);
+  // A node without settings sends no map at all; that is not an error.
+  MBQ::MBQReaderMap(1017, MBQ::MBQReaderRequired, keyReader, valueReader)(it, settings.settings_);
+
+  auto& services = settings.offlineServices_;
+  services.get().clear();
+  if (it.hasChild(kNoOfflineService)) {
+    services.specify(true);
+  } else {
+    services.specify(MBQ::MBQReaderList(KTRRedirectService::Reader(), 1747)(it, services.get()) == 0);
+  }
+
+  settings.qoses_.clear();
+  MBQ::MBQReaderID(MBQ::MBQReaderSet(MBQ::MBQQoS::Reader(), 1476), "qoses")(it, settings.qoses_);
+
+  return MBQ::MBQVtSettings::Reader()(it, settings);
+}
+
+int KTRVtSettings::Writer::operator()(MBQMessageIterator& it, const KTRVtSettings& settings) const {
+  if (writeOptionalText(it, "lock_dir", settings.lockDir_) != 0) return -1;
+  if (writeOptionalText(it, "template_dir", settings.templateDir_) != 0) return -1;
+
+  const auto keyWriter = MBQ::MBQWriterID(MBQ::MBQWriterValue<std::string>(), 1010);
+  const auto valueWriter = MBQ::MBQWriterID(MBQ::MBQWriterValue<std::string>(), 1018);
+  if (MBQ::MBQWriterMap(1017, keyWriter, valueWriter)(it, settings.settings_) != 0) return -1;
+
+  // An empty list must read back as "specified, none", which an absent list cannot say.
+  const auto& services = settings.offlineServices_;
+  if (services.isSpecified()) {
+    const int rc = services.get().empty() ? it.addChild(kNoOfflineService)
+                                          : MBQ::MBQWriterList(KTRRedirectService::Writer(), 1747)(it, services.get());
+    if (rc != 0) return -1;
+  }
+
+  if (it.addChildAndDescend("qoses") != 0) return -1;
+  const int rc = MBQ::MBQWriterList(MBQ::MBQQoS::Writer(), 1476)(it, settings.qoses_);
+  it.up();
+  if (rc != 0) return -1;
+
+  return writeBasePart(it, static_cast<const MBQ::MBQVtSettings&>(settings), MBQ::MBQVtSettings::Writer());
+}
+
+}  // namespace KTR

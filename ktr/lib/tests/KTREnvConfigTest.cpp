@@ -1,0 +1,252 @@
+#include <gtest/gtest.h>
+
+#include <map>
+#include <set>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "KTRFunctionality/KTREnvConfig.h"
+#include "KTRFunctionality/KTRVEth.h"
+#include "MBQMessage/MBQDerivedParsers.h"
+#include "MBQMessage/MBQMessage.h"
+
+namespace KTR {
+namespace {
+
+using MBQ::MBQOptionalProperty;
+
+// The configuration's XML, as a reply would carry it.
+std::string textOf(const KTREnvConfig& config) {
+  MBQ::MBQMessage message;
+  EXPECT_EQ(0, message.iterator()->putObject(config, KTREnvConfig::Writer()));
+  return message.toString();
+}
+
+// The names of the configuration's elements, in document order, after a trip through XML.
+std::vector<std::string> childNames(const KTREnvConfig& config) {
+  MBQ::MBQMessage message;
+  EXPECT_EQ(0, message.parse(textOf(config)));
+  auto it = message.iterator();
+  std::vector<std::string> names;
+  if (it->descendFirst() == 0) {
+    do names.push_back(it->getName());
+    while (it->nextSibling() == 0);
+  }
+  return names;
+}
+
+TEST(KTREnvConfigTest, GettersWithoutSubtreeFailAndLeaveTheProperty) {
+  KTREnvConfig config;
+  MBQOptionalProperty<bool> onBoot(true);
+  MBQOptionalProperty<std::set<std::string>> roles(std::set<std::string>{"web"});
+  MBQOptionalProperty<std::map<std::string, std::string>> features;
+  CtidWrapper ctid(5);
+  int veid = 3;
+  EXPECT_EQ(-1, config.getOnBoot(onBoot));
+  EXPECT_EQ(-1, config.getServerRoles(roles));
+  EXPECT_EQ(-1, config.getFeatures(features));
+  EXPECT_EQ(-1, config.getVeid(ctid));
+  EXPECT_EQ(-1, config.getVeid(veid));
+  EXPECT_TRUE(onBoot.isSpecified());
+  EXPECT_EQ(1u, roles.get().size());
+  EXPECT_STREQ("5", ctid.toString());
+  std::shared_ptr<HardDisk::List::Base> disks;
+  EXPECT_EQ(0, config.getHardDisks(disks)) << "no subtree means no disks, not an error";
+}
+
+TEST(KTREnvConfigTest, ContainerIdComesFromCtidBeforeVeid) {
+  KTREnvConfig numberOnly;
+  numberOnly.setVeid(101);
+  CtidWrapper ctid;
+  ASSERT_EQ(0, numberOnly.getVeid(ctid));
+  EXPECT_STREQ("101", ctid.toString());
+  EXPECT_EQ(101u, ctid.getId());
+
+  KTREnvConfig both;
+  both.setVeid(7);
+  both.msg()->setValue("ctid", std::string("abc"));
+  ASSERT_EQ(0, both.getVeid(ctid));
+  EXPECT_STREQ("abc", ctid.toString());
+
+  KTREnvConfig uuid;
+  ASSERT_EQ(0, uuid.setVeid(CtidWrapper(std::string("6a1f6f0e-8c2b-4d4e-9a43-0e5b2f3c9d11"))));
+  ASSERT_EQ(0, uuid.getVeid(ctid));
+  EXPECT_STREQ("6a1f6f0e-8c2b-4d4e-9a43-0e5b2f3c9d11", ctid.toString());
+  int number = -1;
+  ASSERT_EQ(0, uuid.getVeid(number));
+  EXPECT_EQ(0, number) << "a UUID id writes 0 under veid";
+
+  KTREnvConfig empty;
+  empty.initMsg();
+  EXPECT_EQ(-1, empty.getVeid(ctid)) << "neither ctid nor veid";
+}
+
+TEST(KTREnvConfigTest, SettingUnspecifiedPropertyRemovesItsElement) {
+  KTREnvConfig config;
+  config.setUUID(std::string("u-1"));
+  config.setOnBoot(true);
+  config.setServerRoles(std::set<std::string>{"dns", "web"});
+  config.setFeatures(std::map<std::string, std::string>{{"nfs", "on"}});
+  config.setUUID(MBQOptionalProperty<std::string>());
+  config.setOnBoot(MBQOptionalProperty<bool>());
+  config.setServerRoles(MBQOptionalProperty<std::set<std::string>>());
+  config.setFeatures(MBQOptionalProperty<std::map<std::string, std::string>>());
+  EXPECT_TRUE(childNames(config).empty()) << textOf(config);
+  MBQOptionalProperty<std::string> uuid(std::string("stale"));
+  ASSERT_EQ(0, config.getUUID(uuid));
+  EXPECT_FALSE(uuid.isSpecified());
+}
+
+TEST(KTREnvConfigTest, ElementsFollowTheFixedOrderWhateverTheSetterOrder) {
+  KTREnvConfig config;
+  config.setName(std::string("web01"));
+  config.setDevNodes(std::map<std::string, std::string>{{"net/tun", "rw"}});
+  config.setSample(false);
+  config.setUUID(std::string("u"));
+  config.setDisabled(false);
+  config.setVERootVar(std::string("/vz/root/$VEID"));
+  config.setVeid(CtidWrapper(101));
+  const std::vector<std::string> expected{"veid",    "ctid",      "ve_root", "disabled", "uuid", "is_sample",
+                                          "devnodes", "name"};
+  EXPECT_EQ(expected, childNames(config)) << textOf(config);
+}
+
+TEST(KTREnvConfigTest, PositionTableCoversTheThirtyTwoNames) {
+  const std::pair<const char*, int> cases[] = {{"veid", 0},         {"ctid", 1},        {"disabled", 6},
+                                               {"class_id", 14},    {"net_device", 18}, {"role", 28},
+                                               {"disk_list", 31},   {"name", -1},       {"", -1},
+                                               {"DISK_LIST", -1},   {"disk_list ", -1}};
+  KTREnvConfig config;
+  for (const auto& [name, position] : cases) EXPECT_EQ(position, config.getPositionOfTheTag(name)) << name;
+}
+
+TEST(KTREnvConfigTest, VeidSubstitutionReplacesBothSpellings) {
+  const std::pair<const char*, const char*> cases[] = {
+      {"/data/root/$VEID", "/data/root/101"},
+      {"${VEID}/x/$VEID", "101/x/101"},
+      {"$VEID$VEID", "101101"},
+      {"no id here", "no id here"},
+      {"$VEI", "$VEI"},
+  };
+  for (const auto& [text, expected] : cases) {
+    std::string value = text;
+    KTREnvConfig::veidSubstitute(CtidWrapper(101), value);
+    EXPECT_EQ(expected, value) << text;
+  }
+  std::string selfReferring = "$VEID";
+  KTREnvConfig::veidSubstitute(CtidWrapper(std::string("$VEID")), selfReferring);
+  EXPECT_EQ("$VEID", selfReferring);
+}
+
+TEST(KTREnvConfigTest, ExpandedPathsNeedTheVariableAndTheId) {
+  KTREnvConfig config;
+  std::string path = "unchanged";
+  config.setVERootVar(std::string("/vz/root/$VEID"));
+  EXPECT_EQ(-1, config.getVERoot(path)) << "no container id yet";
+  EXPECT_EQ("unchanged", path);
+  config.setVeid(101);
+  ASSERT_EQ(0, config.getVERoot(path));
+  EXPECT_EQ("/vz/root/101", path);
+  EXPECT_EQ(-1, config.getVEPrivate(path));
+  EXPECT_EQ("/vz/root/101", path);
+}
+
+TEST(KTREnvConfigTest, ListsRoundTripAndTellEmptyFromAbsent) {
+  KTREnvConfig config;
+  config.setTemplates(std::vector<KTRTemplate>{KTRTemplate("mysql", "5.7"), KTRTemplate("php")});
+  config.setCapabilities(std::set<KTREnvCapability>{{"net_admin", true}, {"sys_time", false}});
+  config.setWinsServers(std::vector<MBQ::MBQIPAddress>{});
+  KTREnvConfig back;
+  MBQ::MBQMessage message;
+  ASSERT_EQ(0, message.parse(textOf(config)));
+  ASSERT_EQ(0, message.iterator()->getObject(back, KTREnvConfig::Reader()));
+
+  MBQOptionalProperty<std::vector<KTRTemplate>> templates;
+  MBQOptionalProperty<std::set<KTREnvCapability>> capabilities;
+  MBQOptionalProperty<std::vector<MBQ::MBQIPAddress>> wins;
+  MBQOptionalProperty<std::vector<MBQ::MBQInterfaceRate>> rates;
+  ASSERT_EQ(0, back.getTemplates(templates));
+  ASSERT_EQ(0, back.getCapabilities(capabilities));
+  ASSERT_EQ(0, back.getWinsServers(wins));
+  ASSERT_EQ(0, back.getRatesList(rates));
+  EXPECT_EQ((std::vector<KTRTemplate>{KTRTemplate("mysql", "5.7"), KTRTemplate("php")}), templates.get());
+  EXPECT_EQ(2u, capabilities.get().size());
+  EXPECT_TRUE(wins.isSpecified());
+  EXPECT_TRUE(wins.get().empty());
+  EXPECT_FALSE(rates.isSpecified());
+}
+
+TEST(KTREnvConfigTest, BrokenListItemFailsTheGetterButKeepsEarlierItems) {
+  KTREnvConfig config;
+  config.initMsg();
+  auto& it = *config.msg();
+  it.addChildAndDescend("interface_rate");
+  it.setValue("interface", std::string("eth0"));
+  it.setValue("class", 1);
+  it.setValue("rate", 8000);
+  it.up();
+  it.addChildAndDescend("interface_rate");
+  it.setValue("interface", std::string("eth1"));
+  it.up();
+  MBQOptionalProperty<std::vector<MBQ::MBQInterfaceRate>> rates;
+  EXPECT_EQ(-1, config.getRatesList(rates));
+  EXPECT_EQ(1u, rates.get().size());
+}
+
+TEST(KTREnvConfigTest, FeatureItemsNeedAValueButNotAKey) {
+  KTREnvConfig config;
+  config.initMsg();
+  auto& it = *config.msg();
+  it.addChildAndDescend("features");
+  it.setValue(1018, std::string("keyless"));
+  it.up();
+  MBQOptionalProperty<std::map<std::string, std::string>> features;
+  ASSERT_EQ(0, config.getFeatures(features));
+  EXPECT_TRUE(features.isSpecified());
+  EXPECT_EQ((std::map<std::string, std::string>{{"", "keyless"}}), features.get());
+  it.addChildAndDescend("features");
+  it.setValue(1026, std::string("valueless"));
+  it.up();
+  EXPECT_EQ(-1, config.getFeatures(features));
+}
+
+TEST(KTREnvConfigTest, TechnologyElementsAreInTheTypesNamespace) {
+  KTREnvConfig config;
+  config.setOnBoot(true);
+  config.setName(std::string("n"));
+  const std::string text = textOf(config);
+  EXPECT_NE(std::string::npos, text.find("<ktr:on_boot>1</ktr:on_boot>")) << text;
+  EXPECT_NE(std::string::npos, text.find("<name>n</name>")) << text;
+  EXPECT_NE(std::string::npos, text.find(":venv_configType\"")) << text;
+}
+
+TEST(KTREnvConfigTest, CopiesAreIndependent) {
+  KTREnvConfig original;
+  original.setHostname(std::string("a.example"));
+  KTREnvConfig copy(original);
+  copy.setHostname(std::string("b.example"));
+  MBQOptionalProperty<std::string> hostname;
+  original.getHostname(hostname);
+  EXPECT_EQ("a.example", hostname.get());
+}
+
+// The first calls race to build the order table; run in a fresh process so that no earlier
+// test has built it already.
+TEST(KTREnvConfigDeathTest, ThreadsRacingOnTheFirstPositionLookupAgree) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  auto race = [] {
+    std::vector<std::thread> threads;
+    std::vector<int> results(8, -2);
+    for (int t = 0; t < 8; ++t)
+      threads.emplace_back([&results, t] { results[t] = KTREnvConfig().getPositionOfTheTag("disk_list"); });
+    for (auto& thread : threads) thread.join();
+    for (int result : results)
+      if (result != 31) std::_Exit(1);
+    std::_Exit(0);
+  };
+  EXPECT_EXIT(race(), ::testing::ExitedWithCode(0), "");
+}
+
+}  // namespace
+}  // namespace KTR

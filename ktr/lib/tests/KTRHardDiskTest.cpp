@@ -1,0 +1,532 @@
+#include "KTRFunctionality/KTRHardDisk.h"
+
+#include <gtest/gtest.h>
+
+#include <iterator>
+#include <map>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "KTRFunctionality/KTRConverters.h"
+#include "KTRFunctionality/KTRDiskConverter.h"
+#include "KTRFunctionality/KTREnvConfig.h"
+#include "KTRFunctionality/KTRFormat.h"
+#include "MBQMessage/MBQDerivedParsers.h"
+#include "MBQMessage/MBQMessage.h"
+#include "MBQMessage/MBQNamespaces.h"
+
+namespace KTR {
+namespace HardDisk {
+namespace {
+
+using DromoList = List::Images<Dromo>;
+using LoopbackList = List::Images<Loopback>;
+
+const MBQ::MBQGUID kGuid(0x0011223344556677ULL, 0x8899aabbccddeeffULL);
+const std::string kGuidText = "00112233-4455-6677-8899-aabbccddeeff";
+const std::string kEmptyGuidText = "00000000-0000-0000-0000-000000000000";
+
+Dromo dromo(const std::string& image, long long size, const MBQ::MBQGUID& uuid = MBQ::MBQGUID(), bool expanded = true) {
+  Dromo disk(size, expanded);
+  disk.setImage(image);
+  disk.setUuid(uuid);
+  return disk;
+}
+
+Loopback loopback(const MBQ::MBQGUID& uuid) {
+  Loopback disk(MBQ::MBQDevMountInfo("/vz/loop/101.img", "/vz/root/101", "ext4", 1, 0, 2));
+  disk.setUuid(uuid);
+  return disk;
+}
+
+HqFS hqfs(const std::string& path) {
+  HqFS disk(MBQ::MBQQoS("diskspace", 1048576, 1153434), MBQ::MBQQoS("diskinodes", 200000, 220000));
+  disk.setPath(path);
+  return disk;
+}
+
+std::vector<std::string> pieces(const std::string& text, const std::string& separators) {
+  std::vector<std::string> out;
+  EXPECT_EQ(0, Format::Load(text, separators, std::back_inserter(out), [](const std::string& s) { return s; }));
+  return out;
+}
+
+class KTRHardDiskTest : public ::testing::Test {
+ protected:
+  // Writes `value` under a child "disk" of a fresh message and returns a cursor on a copy of
+  // the message re-read from its XML text, so that every check goes through serialisation.
+  template <class T, class Writer>
+  std::unique_ptr<MBQ::MBQMessageIterator> throughXml(const T& value, const Writer& writer, int expectedRc = 0) {
+    MBQ::MBQMessage message;
+    EXPECT_EQ(expectedRc, MBQ::MBQWriterID(writer, "disk")(*message.iterator(), value));
+    return reparse(message);
+  }
+  std::unique_ptr<MBQ::MBQMessageIterator> reparse(const MBQ::MBQMessage& message) {
+    MBQ::MBQMessage copy;
+    EXPECT_EQ(0, copy.parse(message.toString()));
+    keep_.push_back(copy);
+    return keep_.back().iterator();
+  }
+  template <class T, class Reader>
+  int readBack(const MBQ::MBQMessageIterator& it, T& value, const Reader& reader) {
+    return MBQ::MBQReaderID(reader, "disk")(it, value);
+  }
+
+ private:
+  std::vector<MBQ::MBQMessage> keep_;
+};
+
+// ---------------------------------------------------------------- generic item lists
+
+TEST_F(KTRHardDiskTest, LoadSplitsAtEverySeparatorTrimsAndSkipsEmptyPieces) {
+  struct Case {
+    const char* text;
+    const char* separators;
+    std::vector<std::string> expected;
+  };
+  const Case cases[] = {
+      {"", ";", {}},
+      {";", ";", {}},
+      {" ; ;\t;\n", ";", {}},
+      {"a;b", ";", {"a", "b"}},
+      {"  a ;  b  ", ";", {"a", "b"}},
+      {"a;;b;", ";", {"a", "b"}},
+      {"a b;c", ";", {"a b", "c"}},
+      {"1.1.1.1  2.2.2.2", " \t\n", {"1.1.1.1", "2.2.2.2"}},
+      {"x", "", {"x"}},
+  };
+  for (const Case& c : cases) EXPECT_EQ(c.expected, pieces(c.text, c.separators)) << c.text;
+}
+
+TEST_F(KTRHardDiskTest, SaveSeparatesOnlyNonEmptyTexts) {
+  struct Case {
+    std::vector<std::string> items;
+    const char* expected;
+  };
+  const Case cases[] = {
+      {{}, ""},        {{"a"}, "a"},         {{"a", "b"}, "a;b"},    {{"", "a"}, "a"},
+      {{"a", ""}, "a"}, {{"a", "", "b"}, "a;b"}, {{"", ""}, ""},
+  };
+  for (const Case& c : cases) {
+    std::string out = "stale";
+    EXPECT_EQ(0, Format::Save(c.items, ';', out, [](const std::string& s) { return s; }));
+    EXPECT_EQ(c.expected, out);
+  }
+}
+
+TEST_F(KTRHardDiskTest, NameValueTakesNameAndFirstWord) {
+  struct Case {
+    const char* piece;
+    const char* name;
+    const char* value;
+  };
+  const Case cases[] = {
+      {"image=/a.img", "image", "/a.img"}, {"alone", "alone", ""},   {"a=", "a", ""},
+      {"a=  x y", "a", "x"},               {"a=b=c", "a", "b=c"},    {"=v", "", "v"},
+      {"a =b", "a ", "b"},
+  };
+  const Format::NameValue<'='> convert;
+  for (const Case& c : cases) {
+    const auto item = convert(std::string(c.piece));
+    EXPECT_EQ(c.name, item.first) << c.piece;
+    EXPECT_EQ(c.value, item.second) << c.piece;
+  }
+  EXPECT_EQ("a=b", convert(std::make_pair(std::string("a"), std::string("b"))));
+  std::map<std::string, std::string> map;
+  Format::Load("k=1, k=2 ,j=3", ",", std::inserter(map, map.end()), convert);
+  EXPECT_EQ((std::map<std::string, std::string>{{"j", "3"}, {"k", "1"}}), map) << "the first of two names counts";
+}
+
+// ---------------------------------------------------------------- Dromo text form
+
+TEST_F(KTRHardDiskTest, DromoTextFormIsSortedPairsWithBracedUuid) {
+  struct Case {
+    Dromo disk;
+    std::string text;
+    bool readsBackEqual;
+  };
+  const Case cases[] = {
+      {dromo("/a.img", 1048576, kGuid), "image=/a.img,size=1048576,uuid={" + kGuidText + "}", true},
+      {dromo("", 0), "image=,size=0,uuid={" + kEmptyGuidText + "}", true},
+      {dromo("/vz/x.hdd", 9223372036854775807LL), "image=/vz/x.hdd,size=9223372036854775807,uuid={" + kEmptyGuidText + "}", true},
+      // Written with image and size, but an image of a disk without size is not read back.
+      {dromo("/a.img", 0, kGuid), "image=/a.img,size=0,uuid={" + kGuidText + "}", false},
+      {dromo("/a.img", -5), "image=/a.img,size=-5,uuid={" + kEmptyGuidText + "}", false},
+      // The text does not carry `expanded`: read back it is true again.
+      {dromo("/a.img", 7, kGuid, false), "image=/a.img,size=7,uuid={" + kGuidText + "}", false},
+  };
+  for (const Case& c : cases) {
+    EXPECT_EQ(c.text, c.disk.toString());
+    Dromo read;
+    read.fromString(c.text);
+    EXPECT_EQ(c.readsBackEqual, read == c.disk) << c.text;
+    EXPECT_EQ(c.disk.uuid(), read.uuid()) << c.text;
+    EXPECT_EQ(c.disk.size(), read.size()) << c.text;
+    EXPECT_TRUE(read.expanded()) << c.text;
+  }
+}
+
+TEST_F(KTRHardDiskTest, DromoFromStringTable) {
+  struct Case {
+    std::string text;
+    Dromo expected;
+  };
+  const std::string braced = "{" + kGuidText + "}";
+  const Case cases[] = {
+      {"image=/a.img,size=10,uuid=" + braced, dromo("/a.img", 10, kGuid)},
+      {"uuid=" + braced + ",size=10,image=/a.img", dromo("/a.img", 10, kGuid)},
+      {"  image=/a.img ,\tsize=10 , uuid=" + braced + "  ", dromo("/a.img", 10, kGuid)},
+      {"image=/a.img,size=10,uuid=" + kGuidText, dromo("/a.img", 10, kGuid)},
+      {"image=/my disk.img,size=10", dromo("/my", 10)},
+      {"image=/a.img,size=0", dromo("", 0)},
+      {"image=/a.img,size=-5", dromo("", -5)},
+      {"image=/a.img", dromo("", 0)},
+      {"image=/a.img,size=abc", dromo("", 0)},
+      {"image=/a.img,size=12abc", dromo("", 0)},
+      {"image=/a.img,size=10,size=20", dromo("/a.img", 10)},
+      {"image=/a.img,size=10,expanded=no", dromo("/a.img", 10)},
+      {" image = /a.img,size=10", dromo("", 10)},
+      {"image=/a.img,size=10,uuid=nonsense", Dromo()},
+      {"image=/a.img,size=10,uuid={" + kGuidText, Dromo()},
+      {",,,", Dromo()},
+      {"", Dromo()},
+  };
+  for (const Case& c : cases) {
+    Dromo read;
+    read.fromString(c.text);
+    EXPECT_EQ(c.expected, read) << c.text;
+  }
+}
+
+TEST_F(KTRHardDiskTest, DromoFromStringFillsInPlace) {
+  const Dromo filled = dromo("/old.img", 50, kGuid, false);
+  Dromo badUuid = filled;
+  badUuid.fromString("image=/new.img,size=99,uuid=bad");
+  EXPECT_EQ(filled, badUuid) << "a uuid that does not parse stops before any other field";
+
+  Dromo noSize = filled;
+  noSize.fromString("image=/new.img,size=0");
+  EXPECT_EQ("/old.img", noSize.image()) << "without a size the image is left as it was";
+  EXPECT_EQ(0, noSize.size());
+  EXPECT_FALSE(noSize.uuid().isValid()) << "an absent uuid is the empty one";
+  EXPECT_FALSE(noSize.expanded());
+}
+
+// ---------------------------------------------------------------- records in messages
+
+TEST_F(KTRHardDiskTest, RecordsRoundTripThroughMessages) {
+  const HqFS fsDisk = hqfs("/vz/private/101");
+  HqFS fsBack;
+  EXPECT_EQ(0, readBack(*throughXml(fsDisk, HqFS::Writer()), fsBack, HqFS::Reader()));
+  EXPECT_EQ(fsDisk, fsBack);
+
+  for (const Dromo& disk : {dromo("/a.img", 1048576, kGuid, true), dromo("/b.img", 3, kGuid, false),
+                            dromo("/c.img", -1, MBQ::MBQGUID(), false)}) {
+    Dromo back(0, !disk.expanded());
+    EXPECT_EQ(0, readBack(*throughXml(disk, Dromo::Writer()), back, Dromo::Reader()));
+    EXPECT_EQ(disk, back) << disk.toString();
+  }
+
+  const Loopback loop = loopback(kGuid);
+  Loopback loopBack;
+  EXPECT_EQ(0, readBack(*throughXml(loop, Loopback::Writer()), loopBack, Loopback::Reader()));
+  EXPECT_EQ(loop, loopBack);
+  EXPECT_EQ("ext4", loopBack.mount().getFsType());
+  EXPECT_EQ(2, loopBack.mount().getPass());
+}
+
+TEST_F(KTRHardDiskTest, RecordsCarryTheirSchemaTypes) {
+  const std::string prefix = std::string(MBQ::kTypesNamespace) + ":";
+  struct Case {
+    std::unique_ptr<MBQ::MBQMessageIterator> it;
+    const char* type;
+  };
+  Case cases[] = {
+      {throughXml(hqfs(""), HqFS::Writer()), "ct_hqfs"},
+      {throughXml(dromo("/a", 1), Dromo::Writer()), "ct_dromo_disk"},
+      {throughXml(Loopback(), Loopback::Writer()), "ct_loopback_disk"},
+  };
+  for (Case& c : cases) {
+    ASSERT_EQ(0, c.it->descend("disk"));
+    std::string type;
+    EXPECT_EQ(0, c.it->getSchemaType(type));
+    EXPECT_EQ(prefix + c.type, type);
+  }
+}
+
+TEST_F(KTRHardDiskTest, WritersSkipFieldsThatAreNotSet) {
+  auto fsDisk = throughXml(hqfs(""), HqFS::Writer());
+  ASSERT_EQ(0, fsDisk->descend("disk"));
+  EXPECT_FALSE(fsDisk->hasChild(1156)) << "no path";
+  EXPECT_TRUE(fsDisk->hasChild(1811));
+  EXPECT_TRUE(fsDisk->hasChild(1301));
+
+  // An image disk without an image is written with its uuid only.
+  auto noImage = throughXml(dromo("", 10, kGuid, true), Dromo::Writer());
+  ASSERT_EQ(0, noImage->descend("disk"));
+  EXPECT_TRUE(noImage->hasChild(1010));
+  EXPECT_FALSE(noImage->hasChild(1156));
+  EXPECT_FALSE(noImage->hasChild(1024));
+  EXPECT_FALSE(noImage->hasChild("expanded"));
+
+  auto noUuid = throughXml(dromo("/a.img", 10, MBQ::MBQGUID(), false), Dromo::Writer());
+  ASSERT_EQ(0, noUuid->descend("disk"));
+  EXPECT_FALSE(noUuid->hasChild(1010));
+  EXPECT_TRUE(noUuid->hasChild(1024));
+  EXPECT_FALSE(noUuid->hasChild("expanded"));
+
+  auto loop = throughXml(Loopback(), Loopback::Writer());
+  ASSERT_EQ(0, loop->descend("disk"));
+  EXPECT_FALSE(loop->hasChild(1010));
+  EXPECT_TRUE(loop->hasChild("device"));
+}
+
+TEST_F(KTRHardDiskTest, ReadersOfPartialElements) {
+  MBQ::MBQMessage message;
+  auto it = message.iterator();
+  ASSERT_EQ(0, it->setValue(1156, std::string("/only.img")));
+
+  // A Dromo read from a message has `expanded` only when the element says so; built in code or
+  // read from text it starts out true.
+  Dromo disk = dromo("/kept", 42, kGuid, true);
+  EXPECT_EQ(0, Dromo::Reader()(*it, disk));
+  EXPECT_EQ(dromo("/only.img", 42, kGuid, false), disk);
+  EXPECT_TRUE(Dromo().expanded());
+
+  HqFS fsDisk = hqfs("/kept");
+  EXPECT_EQ(0, HqFS::Reader()(*it, fsDisk));
+  EXPECT_EQ("/only.img", fsDisk.path());
+  EXPECT_EQ(hqfs("").first(), fsDisk.first()) << "missing quotas keep their values";
+
+  Loopback loop = loopback(kGuid);
+  EXPECT_EQ(-1, Loopback::Reader()(*it, loop)) << "the mount description needs its device";
+  EXPECT_EQ(loopback(kGuid).mount(), loop.mount());
+}
+
+TEST_F(KTRHardDiskTest, DefaultsOfTheRecords) {
+  const Dromo plain;
+  EXPECT_TRUE(plain.expanded());
+  EXPECT_EQ("", plain.image());
+  EXPECT_FALSE(plain.uuid().isValid());
+  EXPECT_EQ(0, plain.size());
+  const Loopback loop;
+  EXPECT_EQ(MBQ::MBQDevMountInfo("", "", "auto", 0, 0, 0), loop.mount());
+  EXPECT_FALSE(loop.uuid().isValid());
+  EXPECT_EQ("", HqFS(MBQ::MBQQoS("a", 1), MBQ::MBQQoS("b", 2)).path());
+}
+
+// ---------------------------------------------------------------- lists in messages
+
+TEST_F(KTRHardDiskTest, DerivedReadingChoosesTheListClass) {
+  const List::HqFS fsList(hqfs("/vz/private/7"));
+  const DromoList images({dromo("/a.img", 1, kGuid), dromo("/b.img", 2, MBQ::MBQGUID(), false)});
+  const LoopbackList loops({loopback(kGuid), Loopback()});
+  const MBQ::MBQWriterDerived<List::Base> writer;
+  const auto reader = MBQ::MBQReaderDerivedValid<List::Base>(false);
+
+  std::shared_ptr<List::Base> read;
+  ASSERT_EQ(0, readBack(*throughXml(static_cast<const List::Base&>(fsList), writer), read, reader));
+  auto* fsBack = dynamic_cast<List::HqFS*>(read.get());
+  ASSERT_NE(nullptr, fsBack);
+  EXPECT_EQ(fsList.disk(), fsBack->disk());
+
+  ASSERT_EQ(0, readBack(*throughXml(static_cast<const List::Base&>(images), writer), read, reader));
+  auto* imagesBack = dynamic_cast<DromoList*>(read.get());
+  ASSERT_NE(nullptr, imagesBack);
+  EXPECT_EQ(images.disks(), imagesBack->disks());
+
+  ASSERT_EQ(0, readBack(*throughXml(static_cast<const List::Base&>(loops), writer), read, reader));
+  auto* loopsBack = dynamic_cast<LoopbackList*>(read.get());
+  ASSERT_NE(nullptr, loopsBack);
+  EXPECT_EQ(loops.disks(), loopsBack->disks());
+}
+
+TEST_F(KTRHardDiskTest, ListOfUnknownTypeOrWithoutDisksDoesNotRead) {
+  MBQ::MBQMessage message;
+  auto it = message.iterator();
+  ASSERT_EQ(0, it->addChildAndDescend("disk"));
+  ASSERT_EQ(0, it->setSchemaType("ct_floppy", MBQ::kTypesNamespace));
+  ASSERT_EQ(0, it->up());
+  auto kept = std::make_shared<DromoList>();
+  std::shared_ptr<List::Base> read = kept;
+  EXPECT_EQ(-1, readBack(*reparse(message), read, MBQ::MBQReaderDerivedValid<List::Base>(false)));
+  EXPECT_EQ(kept, read) << "a failed read leaves the pointer";
+
+  for (const char* type : {"ct_dromo_disk", "ct_loopback_disk", "ct_hqfs"}) {
+    MBQ::MBQMessage empty;
+    auto at = empty.iterator();
+    ASSERT_EQ(0, at->addChildAndDescend("disk"));
+    ASSERT_EQ(0, at->setSchemaType(type, MBQ::kTypesNamespace));
+    EXPECT_EQ(-1, MBQ::MBQReaderDerivedValid<List::Base>(false)(*at, read)) << type;
+  }
+}
+
+TEST_F(KTRHardDiskTest, EmptyImageListsHaveNoMessageForm) {
+  MBQ::MBQMessage message;
+  auto it = message.iterator();
+  EXPECT_EQ(-1, DromoList::Writer()(*it, DromoList()));
+  EXPECT_EQ(-1, LoopbackList::Writer()(*it, LoopbackList()));
+  EXPECT_FALSE(it->hasChild(1275)) << "nothing is written";
+  EXPECT_EQ(-1, MBQ::MBQWriterDerived<List::Base>()(*it, DromoList()));
+}
+
+// ---------------------------------------------------------------- visitors
+
+TEST_F(KTRHardDiskTest, ValidatorMarksListsThatPointAtStorage) {
+  struct Case {
+    std::shared_ptr<List::Base> list;
+    int expected;
+  };
+  const Case cases[] = {
+      {std::make_shared<List::HqFS>(hqfs("")), 0},
+      {std::make_shared<List::HqFS>(hqfs("/vz/private/101")), 1},
+      {std::make_shared<DromoList>(), 0},
+      {std::make_shared<DromoList>(std::vector<Dromo>{dromo("/a.img", 1, kGuid)}), 0},
+      {std::make_shared<LoopbackList>(std::vector<Loopback>{loopback(kGuid)}), 1},
+      {std::make_shared<LoopbackList>(std::vector<Loopback>{Loopback(), loopback(kGuid)}), 0},
+  };
+  int index = 0;
+  for (const Case& c : cases) EXPECT_EQ(c.expected, validateReplacement(*c.list)) << "case " << index++;
+}
+
+TEST_F(KTRHardDiskTest, SaveVisitorWritesOnlyImageDiskLists) {
+  Disk::Save save;
+  DromoList two({dromo("/a.img", 1, kGuid), dromo("/b.img", 2)});
+  EXPECT_EQ(0, two.accept(save));
+  EXPECT_EQ("image=/a.img,size=1,uuid={" + kGuidText + "};image=/b.img,size=2,uuid={" + kEmptyGuidText + "}",
+            save.result());
+
+  List::HqFS fsList(hqfs("/vz/private/1"));
+  EXPECT_EQ(Disk::kNoTextForm, fsList.accept(save));
+  EXPECT_EQ("", save.result()) << "text of an earlier list is dropped";
+
+  EXPECT_EQ(0, two.accept(save));
+  LoopbackList loops({loopback(kGuid)});
+  EXPECT_EQ(424, loops.accept(save));
+  EXPECT_EQ("", save.result());
+
+  DromoList none;
+  EXPECT_EQ(0, none.accept(save));
+  EXPECT_EQ("", save.result());
+}
+
+// ---------------------------------------------------------------- the DISK value
+
+std::vector<Dromo> disksOf(const KTREnvConfig& config) {
+  std::shared_ptr<List::Base> disks;
+  EXPECT_EQ(0, config.getHardDisks(disks));
+  auto* images = dynamic_cast<DromoList*>(disks.get());
+  return images ? images->disks() : std::vector<Dromo>{};
+}
+
+TEST_F(KTRHardDiskTest, DiskValueRoundTrips) {
+  const std::string a = "image=/vz/a.hdd,size=1048576,uuid={" + kGuidText + "}";
+  const std::string b = "image=/vz/b.hdd,size=2048,uuid={" + kEmptyGuidText + "}";
+  struct Case {
+    std::string value;
+    std::vector<Dromo> disks;
+    std::string written;
+  };
+  const Case cases[] = {
+      {a, {dromo("/vz/a.hdd", 1048576, kGuid)}, a},
+      {a + ";" + b, {dromo("/vz/a.hdd", 1048576, kGuid), dromo("/vz/b.hdd", 2048)}, a + ";" + b},
+      {"  " + a + " ;\t" + b + " ;; ", {dromo("/vz/a.hdd", 1048576, kGuid), dromo("/vz/b.hdd", 2048)}, a + ";" + b},
+      {";" + a + ";", {dromo("/vz/a.hdd", 1048576, kGuid)}, a},
+      // Without an image a disk is stored without "expanded", so it comes back not expanded.
+      {"size=0,image=/vz/c.hdd", {dromo("", 0, MBQ::MBQGUID(), false)}, "image=,size=0,uuid={" + kEmptyGuidText + "}"},
+      {"image=/vz/my disk.hdd,size=5", {dromo("/vz/my", 5)}, "image=/vz/my,size=5,uuid={" + kEmptyGuidText + "}"},
+      {"junk", {dromo("", 0, MBQ::MBQGUID(), false)}, "image=,size=0,uuid={" + kEmptyGuidText + "}"},
+  };
+  for (const Case& c : cases) {
+    KTREnvConfig config;
+    ASSERT_EQ(0, Disk::readDisks("disk", c.value, config)) << c.value;
+    EXPECT_EQ(c.disks, disksOf(config)) << c.value;
+    std::string out = "stale";
+    EXPECT_EQ(0, Disk::writeDisks("disk", config, out)) << c.value;
+    EXPECT_EQ(c.written, out) << c.value;
+  }
+}
+
+TEST_F(KTRHardDiskTest, BlankDiskValueGivesAnEmptyListThatTheConfigurationRefuses) {
+  for (const char* value : {"", " ", ";", " ; ;\t", ";;;"}) {
+    KTREnvConfig config;
+    ASSERT_EQ(0, Disk::readDisks("disk", "image=/a,size=1", config));
+    // The empty list reaches setHardDisks, which replaces the image disks and cannot write an
+    // empty list.
+    EXPECT_EQ(-1, Disk::readDisks("disk", value, config)) << value;
+    std::shared_ptr<List::Base> disks;
+    config.getHardDisks(disks);
+    EXPECT_EQ(nullptr, disks) << value;
+  }
+}
+
+TEST_F(KTRHardDiskTest, WriteDisksWithoutTextForm) {
+  KTREnvConfig none;
+  std::string out = "kept";
+  EXPECT_EQ(0, Disk::writeDisks("disk", none, out)) << "no disk list, nothing to say";
+  EXPECT_EQ("kept", out);
+
+  const List::HqFS fsList(hqfs(""));
+  const LoopbackList loops({Loopback()});
+  for (const List::Base* list : {static_cast<const List::Base*>(&fsList), static_cast<const List::Base*>(&loops)}) {
+    KTREnvConfig config;
+    ASSERT_EQ(0, config.setHardDisks(list));
+    EXPECT_EQ(Disk::kNoTextForm, Disk::writeDisks("disk", config, out));
+    EXPECT_EQ("kept", out);
+  }
+}
+
+TEST_F(KTRHardDiskTest, DiskValueDoesNotReplaceDisksInUse) {
+  KTREnvConfig config;
+  const List::HqFS inUse(hqfs("/vz/private/101"));
+  ASSERT_EQ(0, config.setHardDisks(&inUse));
+  EXPECT_EQ(-1, Disk::readDisks("disk", "image=/a.img,size=1", config));
+  std::shared_ptr<List::Base> disks;
+  ASSERT_EQ(0, config.getHardDisks(disks));
+  auto* fsList = dynamic_cast<List::HqFS*>(disks.get());
+  ASSERT_NE(nullptr, fsList);
+  EXPECT_EQ(inUse.disk(), fsList->disk());
+
+  KTREnvConfig unused;
+  const LoopbackList loops({Loopback()});
+  ASSERT_EQ(0, unused.setHardDisks(&loops));
+  EXPECT_EQ(0, Disk::readDisks("disk", "image=/a.img,size=1", unused)) << "a loopback disk without uuid is free";
+  EXPECT_EQ(std::vector<Dromo>{dromo("/a.img", 1)}, disksOf(unused));
+}
+
+// Text from a file is never trusted: whatever it holds, reading gives records (never a
+// failure of the text itself, never a crash), and the records written back read back equal.
+TEST_F(KTRHardDiskTest, BadDiskTextNeverFails) {
+  const std::string nul("image=/a\0b,size=1", 17);
+  const std::string hugeCommas(100000, ',');
+  const std::string hugeImage = "image=" + std::string(70000, 'x') + ",size=1";
+  const std::string cases[] = {
+      "=", "==,,==", ";;;", "uuid", "uuid=", "uuid={", "uuid={}", "uuid=}" + kGuidText + "{",
+      "size=99999999999999999999", "size=-9223372036854775808,image=/a", "size=-", "size=+1,image=/p",
+      "image=\x01\x02\xff,size=3", nul, hugeCommas, hugeImage, "\t\n\v\f\r", "{;}", "image=;size=1",
+      "image=a=b=c,size=2", "image=,,size=,uuid=,", "uuid={" + kGuidText + "}}", "image=/a,size=0x10",
+  };
+  for (const std::string& text : cases) {
+    Dromo disk;
+    disk.fromString(text);
+    Dromo again;
+    again.fromString(disk.toString());
+    EXPECT_EQ(disk, again) << text.substr(0, 60);
+
+    std::vector<Dromo> disks;
+    EXPECT_EQ(0, Format::Load(text, ";", std::back_inserter(disks), FromStringConverter<Dromo>()));
+    KTREnvConfig config;
+    const int rc = Disk::readDisks("disk", text, config);
+    EXPECT_EQ(disks.empty() ? -1 : 0, rc) << text.substr(0, 60);
+  }
+}
+
+TEST(KTRHardDiskDeathTest, ValidatorRequiresALoopbackDisk) {
+  EXPECT_DEATH(validateReplacement(LoopbackList()), "assertion failed");
+}
+
+}  // namespace
+}  // namespace HardDisk
+}  // namespace KTR

@@ -1,0 +1,248 @@
+#include "KTRFunctionality/KTRVEth.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "KTRFunctionality/KTRConverters.h"
+#include "MBQMessage/MBQDerivedParsers.h"
+#include "MBQMessage/MBQMessage.h"
+#include "MBQMessage/MBQNamespaces.h"
+
+namespace KTR {
+namespace {
+
+using MBQ::MBQIPAddress;
+
+struct VethFields {
+  const char* name;
+  std::vector<const char*> addresses;
+  const char* network;
+  const char* gateway;
+  const char* gateway6;
+  bool dhcp;
+  bool dhcp6;
+  const char* mac;
+  bool hostRouted;
+};
+
+KTRNetVEth makeVeth(const VethFields& f) {
+  KTRNetVEth veth;
+  veth.setName(f.name);
+  for (const char* address : f.addresses) veth.addAddress(MBQIPAddress(address));
+  veth.setNetwork(f.network);
+  veth.setGateway(f.gateway);
+  veth.setGateway6(f.gateway6);
+  veth.setDhcp(f.dhcp);
+  veth.setDhcp6(f.dhcp6);
+  veth.setMac(f.mac);
+  veth.setHostRouted(f.hostRouted);
+  return veth;
+}
+
+std::vector<std::string> addressTexts(const KTRNetVEth& veth) {
+  std::vector<std::string> texts;
+  for (const MBQIPAddress& address : veth.getAddresses()) texts.push_back(address.toStringWithNetwork());
+  return texts;
+}
+
+// Records whose text form carries every field, so that reading the text on a fresh record
+// gives the record back.
+const VethFields kRoundTrips[] = {
+    {"eth0", {"10.0.0.5/24", "10.0.0.6/24", "2001:db8::5/64"}, "", "10.0.0.1", "", false, false,
+     "02:00:00:00:00:01", false},
+    {"eth1", {"2001:db8::5/64", "fe80::1"}, "net1", "", "fe80::ffff", false, true, "", false},
+    {"eth2", {"10.0.0.5/255.255.255.0", "192.168.1.1"}, "Bridged", "10.0.0.1", "2001:db8::1", false, false, "m", false},
+    {"eth3", {}, "", "", "", true, true, "", true},
+    {"venet0", {"10.0.0.7"}, "", "", "", false, false, "", false},  // a bridged venet0 is written
+    {" eth4 ", {}, "n ", "", "", false, false, "aa:bb ", false},     // blanks inside values stay
+};
+
+TEST(KTRVEthTest, WritesTheNetifText) {
+  struct Case {
+    VethFields fields;
+    const char* text;
+  };
+  const Case cases[] = {
+      {kRoundTrips[0],
+       "ifname=eth0,network=,mac=02:00:00:00:00:01,nettype=bridged,gw=10.0.0.1,ip=10.0.0.5/24:10.0.0.6/24,"
+       "dhcp=no,ip6=2001:db8::5/64,"},
+      {kRoundTrips[1],
+       "ifname=eth1,network=net1,mac=,nettype=bridged,gw6=fe80::ffff,dhcp=no,dhcp6=yes,ip6=2001:db8::5/64,fe80::1,"},
+      {kRoundTrips[4], "ifname=venet0,network=,mac=,nettype=bridged,ip=10.0.0.7,dhcp=no"},
+      // DHCP on: no address at all, whatever the list holds.
+      {{"eth0", {"10.0.0.5", "fe80::1"}, "", "", "", true, false, "", false},
+       "ifname=eth0,network=,mac=,nettype=bridged,dhcp=yes"},
+      {{"venet0", {"10.0.0.7"}, "", "", "", false, false, "", true}, ""},
+      {{"venet1", {}, "", "", "", false, false, "", true}, "ifname=venet1,network=,mac=,nettype=host-routed,dhcp=no"},
+      // An address that is only a word is written as it is, among the IPv4 ones.
+      {{"eth0", {"dhcp", "10.0.0.1"}, "", "", "", false, false, "", false},
+       "ifname=eth0,network=,mac=,nettype=bridged,ip=dhcp:10.0.0.1,dhcp=no"},
+  };
+  for (const Case& c : cases) EXPECT_EQ(c.text, makeVeth(c.fields).toString());
+}
+
+TEST(KTRVEthTest, TextRoundTripsOnAFreshRecord) {
+  for (const VethFields& fields : kRoundTrips) {
+    const KTRNetVEth written = makeVeth(fields);
+    KTRNetVEth read;
+    read.fromString(written.toString());
+    EXPECT_EQ(written, read) << written.toString();
+  }
+}
+
+TEST(KTRVEthTest, ReadsTheNetifText) {
+  struct Case {
+    const char* text;
+    VethFields fields;
+  };
+  const Case cases[] = {
+      {"ifname=eth0,mac=m,network=n,gw=g,gw6=g6,nettype=bridged,ip=10.0.0.1/8:10.0.0.2,dhcp=no,dhcp6=no",
+       {"eth0", {"10.0.0.1/8", "10.0.0.2"}, "n", "g", "g6", false, false, "m", false}},
+      // Everything after "ip6=" is an address, later keys included; DHCP stays as it was.
+      {"ifname=eth1,ip6=a::1/64,b::2/64,dhcp=no",
+       {"eth1", {"a::1/64", "b::2/64", "dhcp=no"}, "", "", "", false, false, "", false}},
+      {"ip6=,,a::1, b::2", {"", {"a::1", " b::2"}, "", "", "", false, false, "", false}},
+      {"  \tifname=eth1 ,mac= x", {"eth1 ", {}, "", "", "", false, false, " x", false}},
+      // "ip=" splits at every colon, so an IPv6 address falls apart there.
+      {"ip=fe80::1:", {"", {"fe80", "1"}, "", "", "", false, false, "", false}},
+      // Flags: any leading part of the word, the empty value included, means yes.
+      {"dhcp=,dhcp6=y,nettype=host", {"", {}, "", "", "", true, true, "", true}},
+      {"dhcp=ye,dhcp6=yes,nettype=host-routed", {"", {}, "", "", "", true, true, "", true}},
+      {"dhcp=yess,dhcp6=Yes,nettype=host-routedx", {"", {}, "", "", "", false, false, "", false}},
+      {"dhcp=no,dhcp6=1,nettype=bridged", {"", {}, "", "", "", false, false, "", false}},
+      // Later pieces win; unknown and misspelt keys are skipped.
+      {"ifname=a,IFNAME=b,ifname,foo=bar,ifname=c,,", {"c", {}, "", "", "", false, false, "", false}},
+  };
+  for (const Case& c : cases) {
+    KTRNetVEth read;
+    read.fromString(c.text);
+    const KTRNetVEth expected = makeVeth(c.fields);
+    EXPECT_EQ(expected, read) << c.text;
+    EXPECT_EQ(addressTexts(expected), addressTexts(read)) << c.text;
+  }
+}
+
+TEST(KTRVEthTest, FromStringChangesOnlyNamedFieldsAndAppendsAddresses) {
+  KTRNetVEth veth = makeVeth({"eth0", {"10.0.0.1"}, "n", "g", "g6", true, true, "m", true});
+  veth.setWinsServers({"w"});
+  veth.setNameservers({"s"});
+  veth.fromString("ip=10.0.0.2,gw=h");
+  KTRNetVEth expected = makeVeth({"eth0", {"10.0.0.1", "10.0.0.2"}, "n", "h", "g6", true, true, "m", true});
+  expected.setWinsServers({"w"});
+  expected.setNameservers({"s"});
+  EXPECT_EQ(expected, veth);
+}
+
+// Text parsing never fails; whatever it made of a text must survive being written and read
+// again unchanged.
+TEST(KTRVEthTest, AnyTextReadsAndItsWrittenFormIsStable) {
+  const std::string bad[] = {
+      "", ",", ",,,,", "=", "ip=", "ip=:::", "ip6=", "ip6=,", "dhcp", "ifname=", "gw6==", "nettype==",
+      std::string("ifname=a\0b,dhcp=yes\0x", 21), "ip6=10.0.0.1,x", "ip=,ip6=ifname=z", "ip= ,mac=\xff\xfe",
+      "ifname=venet0,nettype=host-routed", "ip=300.1.1.1/99:1.2.3.4/0.255.0.0", std::string(5000, ','),
+      "ip=" + std::string(3000, ':') + "1", "ifname=" + std::string(3000, 'x'),
+  };
+  for (const std::string& text : bad) {
+    KTRNetVEth first;
+    first.fromString(text);
+    const std::string written = first.toString();
+    if (written.empty()) continue;  // only the implicit venet0 has no text
+    KTRNetVEth second;
+    second.fromString(written);
+    EXPECT_EQ(written, second.toString()) << text;
+  }
+}
+
+TEST(KTRVEthTest, ConvertersUseTheRecordsOwnTextForm) {
+  const KTRNetVEth veth = makeVeth(kRoundTrips[0]);
+  EXPECT_EQ(veth.toString(), ToStringConverter<KTRNetVEth>()(veth));
+  KTRNetVEth read;
+  EXPECT_EQ(0, FromStringConverter<KTRNetVEth>()(veth.toString(), read));
+  EXPECT_EQ(veth, read);
+  EXPECT_EQ(veth, FromStringConverter<KTRNetVEth>()(veth.toString()));
+
+  // A type whose fromString reports failure passes it on.
+  MBQIPAddress address;
+  EXPECT_EQ(-1, FromStringConverter<MBQIPAddress>()("dhcp", address));
+  EXPECT_EQ(0, FromStringConverter<MBQIPAddress>()("10.0.0.1/24", address));
+  EXPECT_EQ("10.0.0.1", ToStringConverter<MBQIPAddress>()(address));
+}
+
+class KTRVEthMessageTest : public ::testing::Test {
+ protected:
+  static KTRNetVEth fullVeth() {
+    KTRNetVEth veth = makeVeth(kRoundTrips[2]);
+    veth.setDhcp6(true);
+    veth.setHostRouted(true);
+    veth.setWinsServers({"10.0.0.100", "10.0.0.101"});
+    veth.setNameservers({"10.0.0.53"});
+    return veth;
+  }
+
+  // Writes through the derived writer of MBQNetDevice under "dev" and parses the text again.
+  static MBQ::MBQMessage writeDerived(const KTRNetVEth& veth) {
+    MBQ::MBQMessage message;
+    auto it = message.iterator();
+    EXPECT_EQ(0, it->addChildAndDescend("dev"));
+    EXPECT_EQ(0, MBQ::MBQWriterDerived<MBQ::MBQNetDevice>()(*it, veth));
+    MBQ::MBQMessage reread;
+    EXPECT_EQ(0, reread.parse(message.toString()));
+    return reread;
+  }
+};
+
+TEST_F(KTRVEthMessageTest, DerivedReadingPicksTheVethClass) {
+  for (const KTRNetVEth& written : {fullVeth(), makeVeth(kRoundTrips[0])}) {
+    const MBQ::MBQMessage message = writeDerived(written);
+    auto it = message.iterator();
+    ASSERT_EQ(0, it->descend("dev"));
+    std::string type;
+    ASSERT_EQ(0, it->getSchemaType(type));
+    EXPECT_EQ(std::string(MBQ::kTypesNamespace) + ":net_vethType", type);
+    EXPECT_EQ(written.isHostRouted(), it->hasChild("host_routed"));
+
+    std::shared_ptr<MBQ::MBQNetDevice> device;
+    ASSERT_EQ(0, MBQ::MBQReaderDerivedValid<MBQ::MBQNetDevice>(false)(*it, device));
+    auto* veth = dynamic_cast<KTRNetVEth*>(device.get());
+    ASSERT_NE(nullptr, veth);
+    EXPECT_EQ(written, *veth);
+  }
+}
+
+TEST_F(KTRVEthMessageTest, ReaderNeedsAnInterfaceName) {
+  struct Case {
+    const char* xml;
+    int result;
+  };
+  const Case cases[] = {
+      {"<m><dev/></m>", -1},
+      {"<m><dev><ifname></ifname><mac>m</mac></dev></m>", -1},
+      {"<m><dev><ifname>eth0</ifname><dhcp>maybe</dhcp></dev></m>", -1},
+      {"<m><dev><ifname>eth0</ifname></dev></m>", 0},
+  };
+  for (const Case& c : cases) {
+    MBQ::MBQMessage message;
+    ASSERT_EQ(0, message.parse(c.xml)) << c.xml;
+    KTRNetVEth read;
+    EXPECT_EQ(c.result, message.iterator()->getObject(read, KTRNetVEth::Reader(), "dev")) << c.xml;
+  }
+}
+
+TEST_F(KTRVEthMessageTest, ReadingReplacesListsAndSetsTheFlagByPresence) {
+  MBQ::MBQMessage message;
+  ASSERT_EQ(0, message.parse("<m><dev><ifname>eth9</ifname><server_address>s1</server_address>"
+                             "<server_address>s2</server_address></dev></m>"));
+  KTRNetVEth read = fullVeth();
+  ASSERT_EQ(0, message.iterator()->getObject(read, KTRNetVEth::Reader(), "dev"));
+  EXPECT_EQ("eth9", read.getName());
+  EXPECT_TRUE(read.getWinsServers().empty());
+  EXPECT_EQ((std::vector<std::string>{"s1", "s2"}), read.getNameservers());
+  EXPECT_FALSE(read.isHostRouted());
+  EXPECT_EQ(fullVeth().getMac(), read.getMac()) << "missing elements keep the field";
+}
+
+}  // namespace
+}  // namespace KTR

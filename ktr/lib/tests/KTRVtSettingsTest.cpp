@@ -1,0 +1,395 @@
+#include <gtest/gtest.h>
+
+#include <map>
+#include <memory>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "KTRFunctionality/KTRTEM.h"
+#include "KTRFunctionality/KTRVPSType.h"
+#include "KTRFunctionality/KTRVtSettings.h"
+#include "MBQMessage/MBQDerivedParsers.h"
+#include "MBQMessage/MBQMessage.h"
+#include "MBQMessage/MBQNamespaces.h"
+
+namespace KTR {
+namespace {
+
+using MBQ::MBQOptionalProperty;
+
+// Writes records under an element "r" and reads them back from the message's text, so every
+// check goes through XML.
+class KTRVtSettingsTest : public ::testing::Test {
+ protected:
+  template <class T, class Writer = typename T::Writer>
+  std::string write(const T& record, const Writer& writer = Writer()) {
+    MBQ::MBQMessage message;
+    auto it = message.iterator();
+    EXPECT_EQ(0, it->addChildAndDescend("r"));
+    EXPECT_EQ(0, it->putObject(record, writer));
+    return message.toString();
+  }
+  // A cursor on "r" of the parsed text; the message stays alive with the fixture.
+  MBQ::MBQMessageIterator& at(const std::string& text) {
+    messages_.push_back(std::make_unique<MBQ::MBQMessage>());
+    EXPECT_EQ(0, messages_.back()->parse(text)) << text;
+    cursors_.push_back(messages_.back()->iterator());
+    EXPECT_EQ(0, cursors_.back()->descend("r")) << text;
+    return *cursors_.back();
+  }
+  template <class T, class Reader = typename T::Reader>
+  int read(const std::string& text, T& record, const Reader& reader = Reader()) {
+    return reader(at(text), record);
+  }
+  // Removes the first child with that id or name from the record's element, as a peer that
+  // sends less would.
+  template <class Key>
+  std::string without(const std::string& text, const Key& key) {
+    MBQ::MBQMessage message;
+    EXPECT_EQ(0, message.parse(text));
+    auto it = message.iterator();
+    EXPECT_EQ(0, it->descend("r"));
+    EXPECT_EQ(0, it->lookup(key));
+    EXPECT_EQ(0, it->remove());
+    return message.toString();
+  }
+  static int count(const MBQ::MBQMessageIterator& it, int id) {
+    int n = 0;
+    if (it.descend(id) != 0) return 0;
+    do ++n;
+    while (it.next(id) == 0);
+    it.up();
+    return n;
+  }
+  static std::vector<std::string> childNames(const MBQ::MBQMessageIterator& it) {
+    std::vector<std::string> names;
+    if (it.descendFirst() == 0) {
+      do names.push_back(it.getName());
+      while (it.nextSibling() == 0);
+      it.up();
+    }
+    return names;
+  }
+
+  std::vector<std::unique_ptr<MBQ::MBQMessage>> messages_;
+  std::vector<std::unique_ptr<MBQ::MBQMessageIterator>> cursors_;
+};
+
+KTRVtSettings fullSettings() {
+  KTRVtSettings settings;
+  settings.setSettingsVersion(3);
+  settings.setLockDir(std::string("/vz/lock"));
+  settings.setTemplateDir(std::string("/vz/template"));
+  settings.setSettingsMap({{"a", "1"}, {"b", "2"}});
+  settings.setOfflineServices(std::vector<KTRRedirectService>{
+      KTRRedirectService("vzpp", 4643, MBQ::MBQEID("sve-1"), true),
+      KTRRedirectService("ssh", 22, MBQ::MBQEID("sve-2"), false)});
+  settings.setQoSes({MBQ::MBQQoS("numproc", 100, 200), MBQ::MBQQoS("cpuunits", 1000)});
+  return settings;
+}
+
+// ---------------------------------------------------------------- redirect services
+
+TEST_F(KTRVtSettingsTest, RedirectServiceFlagIsAnElementOfItsOwn) {
+  struct Case {
+    bool flag;
+    std::vector<std::string> children;
+  };
+  const Case cases[] = {
+      {false, {"name", "port", "eid"}},
+      {true, {"name", "port", "eid", "redirect_flag"}},
+  };
+  for (const Case& c : cases) {
+    const KTRRedirectService service("vzpp", 4643, MBQ::MBQEID("sve"), c.flag);
+    const std::string text = write(service);
+    EXPECT_EQ(c.children, childNames(at(text))) << text;
+    KTRRedirectService back("old", 1, MBQ::MBQEID("old"), !c.flag);
+    ASSERT_EQ(0, read(text, back));
+    EXPECT_EQ(service, back);
+  }
+}
+
+TEST_F(KTRVtSettingsTest, RedirectServiceNeedsNamePortAndTarget) {
+  const std::string text = write(KTRRedirectService("vzpp", 4643, MBQ::MBQEID("sve"), true));
+  std::string type;
+  ASSERT_EQ(0, at(text).getSchemaType(type));
+  EXPECT_EQ(std::string(MBQ::kTypesNamespace) + ":redirect_serviceType", type);
+
+  for (int missing : {1010, 1704, 1652}) {
+    KTRRedirectService back;
+    EXPECT_EQ(-1, read(without(text, missing), back)) << "without " << missing;
+    EXPECT_FALSE(back.getFlag()) << "the flag is read only after the required elements";
+  }
+}
+
+// ---------------------------------------------------------------- settings
+
+TEST_F(KTRVtSettingsTest, SettingsRoundTripThroughTheDerivedReader) {
+  const KTRVtSettings settings = fullSettings();
+  MBQ::MBQMessage message;
+  auto it = message.iterator();
+  ASSERT_EQ(0, it->addChildAndDescend("r"));
+  ASSERT_EQ(0, MBQ::MBQWriterDerived<MBQ::MBQVtSettings>()(*it, settings));
+  const std::string text = message.toString();
+
+  std::string type;
+  ASSERT_EQ(0, at(text).getSchemaType(type));
+  EXPECT_EQ(std::string(MBQ::kTypesNamespace) + ":vt_settingsType", type)
+      << "writing the base part must not retype the element";
+  EXPECT_EQ((std::vector<std::string>{"lock_dir", "template_dir", "item", "item", "offline_service",
+                                      "offline_service", "qoses", "settings_version"}),
+            childNames(at(text)));
+
+  std::shared_ptr<MBQ::MBQVtSettings> base;
+  ASSERT_EQ(0, MBQ::MBQReaderDerivedValid<MBQ::MBQVtSettings>(false)(at(text), base));
+  const auto* back = dynamic_cast<const KTRVtSettings*>(base.get());
+  ASSERT_NE(nullptr, back);
+  EXPECT_EQ(3, back->getSettingsVersion());
+  EXPECT_EQ(settings.getLockDir(), back->getLockDir());
+  EXPECT_EQ(settings.getTemplateDir(), back->getTemplateDir());
+  EXPECT_EQ(settings.getSettingsMap(), back->getSettingsMap());
+  EXPECT_EQ(settings.getOfflineServices(), back->getOfflineServices());
+  EXPECT_EQ(settings.getQoSes(), back->getQoSes());
+}
+
+TEST_F(KTRVtSettingsTest, OfflineServicesTellEmptyFromUnspecified) {
+  struct Case {
+    const char* what;
+    MBQOptionalProperty<std::vector<KTRRedirectService>> services;
+    bool marker;
+    int items;
+  };
+  const Case cases[] = {
+      {"unspecified", {}, false, 0},
+      {"specified, empty", std::vector<KTRRedirectService>{}, true, 0},
+      {"one service", std::vector<KTRRedirectService>{KTRRedirectService("a", 1, MBQ::MBQEID("s"))}, false, 1},
+  };
+  for (const Case& c : cases) {
+    KTRVtSettings settings;
+    settings.setOfflineServices(c.services);
+    const std::string text = write(settings);
+    EXPECT_EQ(c.marker, at(text).hasChild("no_offline_service")) << c.what;
+    EXPECT_EQ(c.items, count(at(text), 1747)) << c.what;
+
+    KTRVtSettings back = fullSettings();
+    ASSERT_EQ(0, read(text, back)) << c.what;
+    EXPECT_EQ(c.services, back.getOfflineServices()) << c.what;
+  }
+}
+
+TEST_F(KTRVtSettingsTest, BrokenOfflineServiceLeavesTheListUnspecified) {
+  KTRVtSettings settings;
+  settings.setOfflineServices(std::vector<KTRRedirectService>{KTRRedirectService("a", 1, MBQ::MBQEID("s"))});
+  MBQ::MBQMessage message;
+  ASSERT_EQ(0, message.parse(write(settings)));
+  auto it = message.iterator();
+  ASSERT_EQ(0, it->descend("r"));
+  ASSERT_EQ(0, it->descend(1747));
+  ASSERT_EQ(0, it->lookup(1704));
+  ASSERT_EQ(0, it->remove());
+
+  KTRVtSettings back;
+  EXPECT_EQ(0, read(message.toString(), back)) << "the list's failure is not the record's";
+  EXPECT_FALSE(back.getOfflineServices().isSpecified());
+}
+
+TEST_F(KTRVtSettingsTest, DirectoriesAreWrittenOnlyWhenSpecified) {
+  KTRVtSettings settings;
+  settings.setTemplateDir(std::string("/t"));
+  const std::string text = write(settings);
+  EXPECT_FALSE(at(text).hasChild("lock_dir"));
+
+  KTRVtSettings back = fullSettings();
+  ASSERT_EQ(0, read(text, back));
+  EXPECT_FALSE(back.getLockDir().isSpecified());
+  EXPECT_EQ(MBQOptionalProperty<std::string>(std::string("/t")), back.getTemplateDir());
+}
+
+TEST_F(KTRVtSettingsTest, SettingsMapItemsMayLackEitherPart) {
+  struct Case {
+    const char* what;
+    const char* items;
+    std::map<std::string, std::string> expected;
+  };
+  const Case cases[] = {
+      {"no map at all", "", {}},
+      {"key without value", "<item><name>k</name></item>", {{"k", ""}}},
+      {"value without key", "<item><value>v</value></item>", {{"", "v"}}},
+      {"repeated key keeps the first value",
+       "<item><name>k</name><value>1</value></item><item><name>k</name><value>2</value></item>",
+       {{"k", "1"}}},
+  };
+  for (const Case& c : cases) {
+    KTRVtSettings back = fullSettings();
+    const std::string text =
+        std::string("<m><r>") + c.items + "<qoses/><settings_version>1</settings_version></r></m>";
+    ASSERT_EQ(0, read(text, back)) << c.what;
+    EXPECT_EQ(c.expected, back.getSettingsMap()) << c.what;
+    EXPECT_TRUE(back.getQoSes().empty()) << c.what << ": the old resources are dropped too";
+  }
+}
+
+TEST_F(KTRVtSettingsTest, ResourcesAreReadWithoutFailingTheRecord) {
+  struct Case {
+    const char* what;
+    const char* qoses;
+    std::size_t expected;
+  };
+  const Case cases[] = {
+      {"no qoses element", "", 0},
+      {"empty qoses", "<qoses/>", 0},
+      {"two resources", "<qoses><qos_value><id>a</id><limit>1</limit></qos_value>"
+                        "<qos_value><id>b</id><limit>2</limit></qos_value></qoses>", 2},
+      {"broken second resource", "<qoses><qos_value><id>a</id><limit>1</limit></qos_value>"
+                                 "<qos_value><id>b</id></qos_value></qoses>", 1},
+  };
+  for (const Case& c : cases) {
+    KTRVtSettings back;
+    const std::string text = std::string("<m><r>") + c.qoses + "<settings_version>1</settings_version></r></m>";
+    ASSERT_EQ(0, read(text, back)) << c.what;
+    EXPECT_EQ(c.expected, back.getQoSes().size()) << c.what;
+  }
+}
+
+TEST_F(KTRVtSettingsTest, BaseRecordDecidesTheResult) {
+  KTRVtSettings back;
+  EXPECT_EQ(-1, read(without(write(fullSettings()), "settings_version"), back));
+  EXPECT_EQ(MBQOptionalProperty<std::string>(std::string("/vz/lock")), back.getLockDir())
+      << "the own elements are read before the base part";
+}
+
+// ---------------------------------------------------------------- virtualization info
+
+TEST_F(KTRVtSettingsTest, VtInfoRoundTripsAndIgnoresItsOwnElements) {
+  KTRVtInfo info;
+  info.setName("quellix");
+  info.setVersion("7.0");
+  info.setRelease("7.0.1");
+  info.setVtText("build 12");
+  info.setSveEID(MBQ::MBQEID("sve-9"));
+  info.setItems({"a", "b", "c"});
+  MBQ::MBQMessage message;
+  auto it = message.iterator();
+  ASSERT_EQ(0, it->addChildAndDescend("r"));
+  ASSERT_EQ(0, MBQ::MBQWriterDerived<MBQ::MBQVtInfo>()(*it, info));
+  const std::string text = message.toString();
+  EXPECT_EQ((std::vector<std::string>{"release", "vt_text", "sve_eid", "vt_item", "vt_item", "vt_item", "vt_name",
+                                      "vt_version"}),
+            childNames(at(text)));
+
+  std::shared_ptr<MBQ::MBQVtInfo> base;
+  ASSERT_EQ(0, MBQ::MBQReaderDerivedValid<MBQ::MBQVtInfo>(false)(at(text), base));
+  const auto* back = dynamic_cast<const KTRVtInfo*>(base.get());
+  ASSERT_NE(nullptr, back);
+  EXPECT_EQ("quellix", back->getName());
+  EXPECT_EQ("7.0", back->getVersion());
+  EXPECT_EQ("7.0.1", back->getRelease());
+  EXPECT_EQ("build 12", back->getVtText());
+  EXPECT_EQ("sve-9", back->getSveEID().toString());
+  EXPECT_EQ((std::vector<std::string>{"a", "b", "c"}), back->getItems());
+
+  KTRVtInfo bare;
+  bare.setItems({"stale"});
+  ASSERT_EQ(0, read("<m><r><vt_name>quellix</vt_name></r></m>", bare)) << "own elements are optional";
+  EXPECT_TRUE(bare.getItems().empty());
+  EXPECT_EQ(-1, read(without(text, "vt_name"), bare)) << "the base name is required";
+}
+
+// ---------------------------------------------------------------- connection link
+
+TEST_F(KTRVtSettingsTest, ConnectionLinkNeedsOnlyTheHost) {
+  const KTRConnectionLinkInfo link("10.0.0.9", 50123, "node.example", 4433);
+  const std::string text = write(link);
+  EXPECT_EQ((std::vector<std::string>{"client_ip", "client_port", "host", "port"}), childNames(at(text)));
+  KTRConnectionLinkInfo back;
+  ASSERT_EQ(0, read(text, back));
+  EXPECT_EQ(link, back);
+
+  KTRConnectionLinkInfo kept("1.1.1.1", 1, "old", 2);
+  ASSERT_EQ(0, read("<m><r><host>h</host><port>x</port></r></m>", kept));
+  EXPECT_EQ(KTRConnectionLinkInfo("1.1.1.1", 1, "h", 2), kept) << "absent or broken parts keep their value";
+  EXPECT_EQ(-1, read(without(text, 1262), kept));
+}
+
+// ---------------------------------------------------------------- container type, capability
+
+TEST_F(KTRVtSettingsTest, ContainerTypeWithoutCtidHasAnEmptyId) {
+  KTRVPSType type(2, CtidWrapper(std::string("101")));
+  ASSERT_EQ(0, read("<m><r><type>3</type></r></m>", type));
+  EXPECT_EQ(3, type.getType());
+  EXPECT_STREQ("", type.getCtid().toString());
+  EXPECT_EQ(0u, type.getCtid().getId());
+
+  const KTRVPSType written(1, CtidWrapper(std::string("101")));
+  const std::string text = write(written);
+  EXPECT_EQ((std::vector<std::string>{"ctid", "type"}), childNames(at(text)));
+  KTRVPSType back;
+  ASSERT_EQ(0, read(text, back));
+  EXPECT_EQ(1, back.getType());
+  EXPECT_STREQ("101", back.getCtid().toString());
+  EXPECT_EQ(101u, back.getCtid().getId());
+  EXPECT_EQ(-1, read(without(text, 1007), back));
+}
+
+TEST_F(KTRVtSettingsTest, ContainerTypeTextForm) {
+  struct Case {
+    const char* text;
+    int type;
+    const char* ctid;
+  };
+  const Case good[] = {
+      {"1:101", 1, "101"}, {"2", 2, ""}, {" 7 :abc", 7, "abc"}, {"-1:x", -1, "x"},
+      {"0:00112233-4455-6677-8899-aabbccddeeff", 0, "00112233-4455-6677-8899-aabbccddeeff"},
+  };
+  for (const Case& c : good) {
+    KTRVPSType type;
+    ASSERT_EQ(0, type.fromString(c.text)) << c.text;
+    EXPECT_EQ(c.type, type.getType()) << c.text;
+    EXPECT_STREQ(c.ctid, type.getCtid().toString()) << c.text;
+  }
+  for (const char* bad : {"", ":101", "x:101", "1x:101", "99999999999:1"}) {
+    KTRVPSType type(4, CtidWrapper(4u));
+    EXPECT_EQ(-1, type.fromString(bad)) << bad;
+    EXPECT_EQ(4, type.getType()) << bad;
+    EXPECT_STREQ("4", type.getCtid().toString()) << bad;
+  }
+  EXPECT_EQ("1:101", KTRVPSType(1, CtidWrapper(101u)).toString());
+  EXPECT_EQ("3", KTRVPSType(3, CtidWrapper(std::string())).toString());
+}
+
+TEST_F(KTRVtSettingsTest, CapabilityNeedsNameAndValue) {
+  const KTREnvCapability capability("net_admin", true);
+  const std::string text = write(capability);
+  EXPECT_NE(std::string::npos, text.find("<value>1</value>")) << text;
+  KTREnvCapability back;
+  ASSERT_EQ(0, read(text, back));
+  EXPECT_EQ(capability, back);
+  for (int missing : {1010, 1018}) EXPECT_EQ(-1, read(without(text, missing), back)) << missing;
+}
+
+// ---------------------------------------------------------------- templates
+
+TEST_F(KTRVtSettingsTest, TemplateNeedsOnlyItsName) {
+  const KTRTemplate tmpl("centos-7-x86_64", "20240101");
+  const std::string text = write(tmpl);
+  EXPECT_EQ((std::vector<std::string>{"release", "key"}), childNames(at(text)));
+  KTRTemplate back;
+  ASSERT_EQ(0, read(text, back));
+  EXPECT_EQ(tmpl, back);
+  KTRTemplate noRelease;
+  ASSERT_EQ(0, read(without(text, 1223), noRelease));
+  EXPECT_EQ(KTRTemplate("centos-7-x86_64"), noRelease);
+  EXPECT_EQ(-1, read(without(text, 1026), noRelease));
+
+  KTRTemplate fromText("old", "1");
+  ASSERT_EQ(0, fromText.fromString("debian-12"));
+  EXPECT_EQ(KTRTemplate("debian-12"), fromText) << "the text form carries no release";
+
+  KTRDistribution distribution;
+  ASSERT_EQ(0, read(write(KTRDistribution("centos")), distribution));
+  EXPECT_EQ("centos", distribution.getName());
+}
+
+}  // namespace
+}  // namespace KTR
