@@ -316,7 +316,11 @@ int KTREnvConfig::setHardDisks(const HardDisk::List::Base* disks) {
     removeAll(kDiskList);
   }
   if (disks == nullptr) return 0;
-  return msg()->putObject(*disks, MBQ::MBQWriterDerived<HardDisk::List::Base>(), std::string(kDiskList));
+  int rc = msg()->putObject(*disks, MBQ::MBQWriterDerived<HardDisk::List::Base>(), std::string(kDiskList));
+  // A list without a message form (an empty one) must not leave a half-written element that
+  // every later read would trip over.
+  if (rc != 0) removeAll(kDiskList);
+  return rc;
 }
 
 }  // namespace KTR
