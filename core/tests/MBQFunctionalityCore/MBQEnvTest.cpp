@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string>
+#include <typeinfo>
 
 #include "MBQFunctionalityCore/MBQEnv.h"
 #include "MBQFunctionalityCore/MBQEnvConfig.h"
@@ -175,24 +176,6 @@ TEST_F(MBQEnvTest, OptionalPartsAreLeftOutAndConfigsKeptWhenAbsent) {
   ASSERT_EQ(0, read(text, back));
   EXPECT_EQ("bare", back.getEID().toString());
   EXPECT_EQ(kept, back.getVirtualConfig());
-}
-
-TEST_F(MBQEnvTest, TypedWriteNamesTheCoreEnvType) {
-  MBQMessage message;
-  auto it = message.iterator();
-  ASSERT_EQ(0, it->addChildAndDescend("env"));
-  ASSERT_EQ(0, it->putObject(MBQEnv(MBQEID("e"), nullptr), MBQEnv::Writer()));
-  std::string type;
-  ASSERT_EQ(0, it->getSchemaType(type));
-  EXPECT_EQ(std::string(kCoreTypesNamespace) + ":envType", type);
-}
-
-TEST_F(MBQEnvTest, BaseTitleAndSortKeyComeFromTheEid) {
-  EXPECT_EQ(0u, MBQEnv().getSortKey());
-  EXPECT_EQ("", MBQEnv().getTitle());
-  MBQEnv env(MBQEID("a"), nullptr);
-  EXPECT_EQ("a", env.getTitle());
-  EXPECT_EQ(std::hash<std::string>()("a"), env.getSortKey());
 }
 
 }  // namespace

@@ -6,7 +6,6 @@
 #include <string>
 #include <vector>
 
-#include "KTRFunctionality/KTRTEM.h"
 #include "KTRFunctionality/KTRVPSType.h"
 #include "KTRFunctionality/KTRVtSettings.h"
 #include "MBQMessage/MBQDerivedParsers.h"
@@ -366,29 +365,6 @@ TEST_F(KTRVtSettingsTest, CapabilityNeedsNameAndValue) {
   ASSERT_EQ(0, read(text, back));
   EXPECT_EQ(capability, back);
   for (int missing : {1010, 1018}) EXPECT_EQ(-1, read(without(text, missing), back)) << missing;
-}
-
-// ---------------------------------------------------------------- templates
-
-TEST_F(KTRVtSettingsTest, TemplateNeedsOnlyItsName) {
-  const KTRTemplate tmpl("centos-7-x86_64", "20240101");
-  const std::string text = write(tmpl);
-  EXPECT_EQ((std::vector<std::string>{"release", "key"}), childNames(at(text)));
-  KTRTemplate back;
-  ASSERT_EQ(0, read(text, back));
-  EXPECT_EQ(tmpl, back);
-  KTRTemplate noRelease;
-  ASSERT_EQ(0, read(without(text, 1223), noRelease));
-  EXPECT_EQ(KTRTemplate("centos-7-x86_64"), noRelease);
-  EXPECT_EQ(-1, read(without(text, 1026), noRelease));
-
-  KTRTemplate fromText("old", "1");
-  ASSERT_EQ(0, fromText.fromString("debian-12"));
-  EXPECT_EQ(KTRTemplate("debian-12"), fromText) << "the text form carries no release";
-
-  KTRDistribution distribution;
-  ASSERT_EQ(0, read(write(KTRDistribution("centos")), distribution));
-  EXPECT_EQ("centos", distribution.getName());
 }
 
 }  // namespace

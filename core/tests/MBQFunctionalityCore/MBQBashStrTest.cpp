@@ -1,0 +1,386 @@
+#include "MBQFunctionalityCore/MBQBashStr.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "MBQCore/MBQError.h"
+
+namespace MBQ {
+namespace {
+
+struct Parsed {
+  int result = -99;
+  std::string name;
+  std::string value;
+  unsigned long begin = 0;
+  unsigned long end = 0;
+};
+
+Parsed parse(const std::string& text) {
+  std::vector<char> line(text.begin(), text.end());
+  line.push_back('\0');
+  char* name = nullptr;
+  char* value = nullptr;
+  Parsed parsed;
+  parsed.result = parseBashStr(line.data(), &name, &value, &parsed.begin, &parsed.end);
+  if (parsed.result == kBashStrAssignment) {
+    parsed.name = name;
+    parsed.value = value;
+  }
+  return parsed;
+}
+
+TEST(MBQBashStrTest, ReadsAssignmentsAsBashWould) {
+  struct Case {
+    std::string line;
+    const char* name;
+    std::string value;
+    unsigned long begin;
+    unsigned long end;
+  };
+  const Case cases[] = {
+      {"A=b", "A", "b", 2, 2},
+      {" \tVE_ROOT=/vz/root/$", "VE_ROOT", "/vz/root/$", 10, 19},
+      {"_x9=1", "_x9", "1", 4, 4},
+      {"name=\"a b\"  # the name", "name", "a b", 5, 9},
+      {"A=x\t", "A", "x", 2, 2},
+      // Empty values have an empty span right after the '='.
+      {"A=", "A", "", 2, 1},
+      {"A= # nothing", "A", "", 2, 1},
+      {"A=\"\"", "A", "", 2, 3},
+      {"A=''", "A", "", 2, 3},
+      // Quoting: single quotes are literal; in double quotes a backslash escapes only " \ $ `.
+      {"A='a\\\"$x`b'", "A", "a\\\"$x`b", 2, 10},
+      {"A=\"a\\\"b\\\\c\\$d\\`e\\x\"", "A", "a\"b\\c$d`e\\x", 2, 18},
+      {"A=a\\ b\\;c\\$d\\~\\'", "A", "a b;c$d~'", 2, 15},
+      {"A=a\"b\"'c'd", "A", "abcd", 2, 9},
+      {"A=\"x\"#y", "A", "x#y", 2, 6},
+      // A '#' inside a word is no comment; glob and brace characters are not expanded.
+      {"A=#x", "A", "#x", 2, 3},
+      {"A=x#y #z", "A", "x#y", 2, 4},
+      {"A=*?[a]{b,c}!@%^+,.:=/-", "A", "*?[a]{b,c}!@%^+,.:=/-", 2, 22},
+      // A dollar sign that cannot start an expansion is itself.
+      {"A=a$/b$,$", "A", "a$/b$,$", 2, 8},
+      {"A=\"a$\"", "A", "a$", 2, 5},
+      {"A=\"$ x$}\"", "A", "$ x$}", 2, 8},
+      {"A='$HOME'\"\\$HOME\" ", "A", "$HOME$HOME", 2, 16},
+      {"A=\"~\"'~'", "A", "~~", 2, 7},
+      // Bytes are bytes: control characters, a CR of a CRLF file, UTF-8.
+      {"A=\x01\x7f\r", "A", "\x01\x7f\r", 2, 4},
+      {"A=\"\xc3\xa9 \t\"", "A", "\xc3\xa9 \t", 2, 7},
+  };
+  for (const Case& c : cases) {
+    const Parsed parsed = parse(c.line);
+    ASSERT_EQ(kBashStrAssignment, parsed.result) << c.line;
+    EXPECT_EQ(c.name, parsed.name) << c.line;
+    EXPECT_EQ(c.value, parsed.value) << c.line;
+    EXPECT_EQ(c.begin, parsed.begin) << c.line;
+    EXPECT_EQ(c.end, parsed.end) << c.line;
+  }
+}
+
+TEST(MBQBashStrTest, SkipsBlankAndCommentLines) {
+  for (const char* line : {"", "   ", "\t \t", "#", "# A=b", "   #A=b \"open"}) {
+    EXPECT_EQ(kBashStrSkip, parse(line).result) << line;
+  }
+}
+
+TEST(MBQBashStrTest, RefusesLinesThatAreNoPlainAssignment) {
+  const char* const lines[] = {
+      // Not NAME= at all.
+      "A", "A =b", "1A=b", "A-B=c", "A+=b", "A[1]=b", "export A=b", "\xc3\xa9=1", "\r", "=b",
+      // More than one word, or a command after the assignment.
+      "A= b", "A=b c", "A=\"b\" c", "A=b;", "A=b; B=c", "A=b ;", "A=b&", "A=b|c", "A=b>f", "A=<f", "A=(a b)",
+      // Expansions bash would perform.
+      "A=`x`", "A=$(x)", "A=$x", "A=${x}", "A=$1", "A=$$", "A=$?", "A=$#", "A=$@", "A=$*", "A=$-", "A=$!",
+      "A=$_", "A=$[1]", "A=$'x'", "A=$\"x\"", "A=a$\\b", "A=\"$x\"", "A=\"${x}\"", "A=\"`x`\"", "A=\"$(x)\"",
+      "A=\"a$1\"", "A=\"\\\x7f\"", "A=\"\\\x01\"", "A=~", "A=~/x", "A=a:~/b", "A=x=~",
+      // The first refused construct decides, even before a quote left open.
+      "A=\"$x", "A=$x\"",
+  };
+  for (const char* line : lines) {
+    EXPECT_EQ(kBashStrNotAssignment, parse(line).result) << line;
+  }
+}
+
+TEST(MBQBashStrTest, ReportsValuesLeftOpenAtTheEndOfTheLine) {
+  const char* const lines[] = {"A=\"abc", "A='abc", "A=a\"b", "A=\"a\\\"", "A=abc\\",
+                               "A=\"abc\\", "  A='", "A='a'\"", "A=\"a\"'b"};
+  for (const char* line : lines) {
+    clearErrorMessage();
+    EXPECT_EQ(kBashStrOpenQuote, parse(line).result) << line;
+    EXPECT_NE(std::string::npos, getErrorMessage().find("A")) << line;
+  }
+}
+
+TEST(MBQBashStrTest, LeavesEverythingUntouchedUnlessItAccepts) {
+  for (const char* text : {"A=b c", "A=\"open", "# A=b", "A=$x # c"}) {
+    std::string line = text;
+    char* name = nullptr;
+    char* value = nullptr;
+    unsigned long begin = 77;
+    unsigned long end = 88;
+    EXPECT_NE(kBashStrAssignment, parseBashStr(&line[0], &name, &value, &begin, &end)) << text;
+    EXPECT_EQ(text, line);
+    EXPECT_EQ(nullptr, name);
+    EXPECT_EQ(nullptr, value);
+    EXPECT_EQ(77u, begin);
+    EXPECT_EQ(88u, end);
+  }
+}
+
+TEST(MBQBashStrTest, PositionsAreOptional) {
+  std::string line = "KEY='v w' # c";
+  char* name = nullptr;
+  char* value = nullptr;
+  ASSERT_EQ(kBashStrAssignment, parseBashStr(&line[0], &name, &value, nullptr, nullptr));
+  EXPECT_STREQ("KEY", name);
+  EXPECT_STREQ("v w", value);
+}
+
+// Assignment lines in every accepted form, with the value bash assigns for each.
+class AssignmentGenerator {
+ public:
+  explicit AssignmentGenerator(unsigned seed) : random_(seed) {}
+
+  struct Line {
+    std::string text;
+    std::string name;
+    std::string value;
+    std::string written;  // the value as written, quotes included
+  };
+
+  Line next(int index) {
+    Line line;
+    line.name = std::string(pick(2) ? "kq" : "KQ") + pickFrom(kNameChars, 4) + "_" + std::to_string(index);
+    const int parts = pick(8) == 0 ? 0 : 1 + pick(6);
+    for (int i = 0; i < parts; ++i) addPart(line, i == parts - 1);
+    line.text = blanks(3) + line.name + "=" + line.written;
+    if (pick(3) == 0) {
+      line.text += " " + blanks(2);
+      if (pick(2)) line.text += "#" + bytesExcept("\n", 12);
+    }
+    return line;
+  }
+
+ private:
+  static constexpr const char* kNameChars = "abcXYZ_019";
+  static constexpr const char* kPlainExtras = "#*?[]{},!@%^+-.:=/\r\x01\x7f\x80\xc3\xa9\xff";
+  static constexpr const char* kDollarFollowers = "%+,./:=]^}";
+
+  int pick(int n) { return static_cast<int>(random_() % static_cast<unsigned>(n)); }
+
+  std::string pickFrom(const char* pool, int maxCount) {
+    std::string text;
+    const std::string chars = pool;
+    for (int n = pick(maxCount + 1); n > 0; --n) text += chars[static_cast<std::size_t>(pick(static_cast<int>(chars.size())))];
+    return text;
+  }
+
+  std::string blanks(int maxCount) { return pickFrom(" \t", maxCount); }
+
+  char byteExcept(const std::string& excluded) {
+    for (;;) {
+      const char c = static_cast<char>(1 + pick(255));
+      if (excluded.find(c) == std::string::npos) return c;
+    }
+  }
+
+  std::string bytesExcept(const std::string& excluded, int maxCount) {
+    std::string text;
+    for (int n = pick(maxCount + 1); n > 0; --n) text += pick(3) == 0 ? std::string(1, byteExcept(excluded)) : pickFrom("abc XYZ", 1);
+    return text;
+  }
+
+  void addPart(Line& line, bool last) {
+    switch (pick(6)) {
+      case 0: {  // plain bytes
+        std::string text = pickFrom("abcdefXYZ0123456789_", 4) + pickFrom(kPlainExtras, 2);
+        if (text.empty()) text = "p";
+        line.written += text;
+        line.value += text;
+        break;
+      }
+      case 1: {  // a backslash before any byte
+        const char c = byteExcept("\n");
+        line.written += std::string("\\") + c;
+        line.value += c;
+        break;
+      }
+      case 2: {  // a dollar sign that stays one
+        const std::string follower = last && pick(2) ? "" : std::string(1, kDollarFollowers[pick(10)]);
+        line.written += "$" + follower;
+        line.value += "$" + follower;
+        break;
+      }
+      case 3: {  // single quotes
+        const std::string text = bytesExcept("'\n", 8);
+        line.written += "'" + text + "'";
+        line.value += text;
+        break;
+      }
+      default: {  // double quotes
+        std::string written = "\"";
+        for (int n = pick(8); n > 0; --n) {
+          switch (pick(5)) {
+            case 0: {
+              const char c = "\"\\$`"[pick(4)];
+              written += std::string("\\") + c;
+              line.value += c;
+              break;
+            }
+            case 1: {
+              const char c = byteExcept("\n\"\\$`\x01\x7f");
+              written += std::string("\\") + c;
+              line.value += std::string("\\") + c;
+              break;
+            }
+            case 2: {
+              const std::string follower = std::string(1, " \t%+,./:=]^}~"[pick(13)]);
+              written += "$" + follower;
+              line.value += "$" + follower;
+              break;
+            }
+            default: {
+              const std::string text = bytesExcept("\n\"\\$`", 6);
+              written += text;
+              line.value += text;
+            }
+          }
+        }
+        if (pick(4) == 0) {  // a dollar sign right before the closing quote
+          written += "$";
+          line.value += "$";
+        }
+        line.written += written + "\"";
+      }
+    }
+  }
+
+  std::mt19937 random_;
+};
+
+// The line with every byte outside printable ASCII (and the backslash) as \xHH, for messages.
+std::string printable(const std::string& text) {
+  std::string shown;
+  for (const char c : text) {
+    const unsigned char byte = static_cast<unsigned char>(c);
+    if (byte >= 0x20 && byte < 0x7f && c != '\\') {
+      shown += c;
+    } else {
+      char escaped[8];
+      std::snprintf(escaped, sizeof escaped, "\\x%02x", byte);
+      shown += escaped;
+    }
+  }
+  return shown;
+}
+
+std::string bashPath() {
+  for (const char* path : {"/bin/bash", "/usr/bin/bash"})
+    if (access(path, X_OK) == 0) return path;
+  return "";
+}
+
+// Runs `script` with bash in a clean environment and returns what it printed.
+std::string runBash(const std::string& bash, const std::string& script, const std::string& locale) {
+  char path[] = "/tmp/MBQBashStrTest.XXXXXX";
+  const int fd = mkstemp(path);
+  if (fd < 0) return "";
+  close(fd);
+  std::ofstream(path, std::ios::binary) << script;
+  const std::string command = "env -i LC_ALL=" + locale + " " + bash + " --norc --noprofile " + path;
+  std::string output;
+  if (FILE* pipe = popen(command.c_str(), "r")) {
+    char chunk[4096];
+    std::size_t got;
+    while ((got = std::fread(chunk, 1, sizeof chunk, pipe)) > 0) output.append(chunk, got);
+    pclose(pipe);
+  }
+  std::remove(path);
+  return output;
+}
+
+std::vector<std::string> splitAtNul(const std::string& output) {
+  std::vector<std::string> values;
+  std::string::size_type start = 0;
+  for (std::string::size_type nul; (nul = output.find('\0', start)) != std::string::npos; start = nul + 1)
+    values.push_back(output.substr(start, nul - start));
+  return values;
+}
+
+TEST(MBQBashStrTest, AgreesWithBashOnGeneratedAssignments) {
+  const std::string bash = bashPath();
+  if (bash.empty()) GTEST_SKIP() << "no bash to compare with";
+  AssignmentGenerator generator(20240611);
+  std::vector<AssignmentGenerator::Line> lines;
+  std::string script;
+  for (int i = 0; i < 3000; ++i) {
+    lines.push_back(generator.next(i));
+    script += lines.back().text + "\nprintf '%s\\0' \"$" + lines.back().name + "\"\n";
+  }
+  for (const char* locale : {"C", "C.UTF-8"}) {
+    const std::vector<std::string> assigned = splitAtNul(runBash(bash, script, locale));
+    ASSERT_EQ(lines.size(), assigned.size()) << locale;
+    for (std::size_t i = 0; i < lines.size(); ++i) {
+      const AssignmentGenerator::Line& line = lines[i];
+      const Parsed parsed = parse(line.text);
+      const std::string shown = printable(line.text);
+      ASSERT_EQ(kBashStrAssignment, parsed.result) << shown;
+      ASSERT_EQ(assigned[i], parsed.value) << locale << ": " << shown;
+      ASSERT_EQ(line.value, parsed.value) << shown;
+      ASSERT_EQ(line.name, parsed.name) << shown;
+      const std::string::size_type begin = line.text.find('=') + 1;
+      ASSERT_EQ(begin, parsed.begin) << shown;
+      ASSERT_EQ(begin + line.written.size() - 1, parsed.end) << shown;
+    }
+  }
+}
+
+// The lines refused as no plain assignment are ones where taking the text as it stands (with
+// or without its quotes) would not give what bash assigns.
+TEST(MBQBashStrTest, RefusedLinesAreOnesBashReadsDifferently) {
+  const std::string bash = bashPath();
+  if (bash.empty()) GTEST_SKIP() << "no bash to compare with";
+  const char* const values[] = {
+      "$x",      "${x}",    "\"$x\"",   "a$1",    "$$",         "$?",      "$#",       "$@",   "$*",   "$-",
+      "$!",      "$0",      "$[1+1]",   "$'\\x41'", "$\"t\"",    "`echo hi`", "$(echo hi)", "\"`echo hi`\"",
+      "~",       "~/d",     "a:~/d",    "b;",     "b; C=c",     "b&",      "b|cat",    "b>f",  "(a b)", "b c",
+  };
+  char dir[] = "/tmp/MBQBashStrTestDir.XXXXXX";
+  ASSERT_NE(nullptr, mkdtemp(dir));
+  for (const char* value : values) {
+    const std::string line = std::string("A=") + value;
+    ASSERT_EQ(kBashStrNotAssignment, parse(line).result) << line;
+    const std::string script = "exec 2>/dev/null; x=X; HOME=/h; set -- p1 p2; cd " + std::string(dir) +
+                               " || exit 1\n" + line + "\nprintf '%s\\0' \"${A-unset}\"\n";
+    const std::vector<std::string> assigned = splitAtNul(runBash(bash, script, "C"));
+    ASSERT_EQ(1u, assigned.size()) << line;
+    std::string unquoted;
+    for (const char* c = value; *c != '\0'; ++c)
+      if (*c != '"' && *c != '\'') unquoted += *c;
+    EXPECT_NE(value, assigned[0]) << line;
+    EXPECT_NE(unquoted, assigned[0]) << line;
+  }
+  std::remove((std::string(dir) + "/f").c_str());
+  rmdir(dir);
+}
+
+TEST(MBQBashStrDeathTest, NullArgumentsAreProgrammingErrors) {
+  char line[] = "A=b";
+  char* name = nullptr;
+  char* value = nullptr;
+  EXPECT_DEATH(parseBashStr(nullptr, &name, &value, nullptr, nullptr), "assertion failed");
+  EXPECT_DEATH(parseBashStr(line, nullptr, &value, nullptr, nullptr), "assertion failed");
+  EXPECT_DEATH(parseBashStr(line, &name, nullptr, nullptr, nullptr), "assertion failed");
+}
+
+}  // namespace
+}  // namespace MBQ

@@ -1,0 +1,354 @@
+#include "MBQFunctionalityCore/MBQVocMap.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <stdlib.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <fstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "MBQCore/MBQError.h"
+
+namespace MBQ {
+namespace {
+
+using ::testing::HasSubstr;
+using ::testing::StartsWith;
+
+const char kSample[] = R"(<?xml version="1.0"?>
+<!-- a vocabulary as operators write them -->
+<vocabulary>
+  <category><name>common</name>
+    <parameter><name>shared</name></parameter>
+  </category>
+  <technology>
+    <name>quellix</name>
+    <category>
+      <name>qos</name>
+      <parameter><name>numproc</name><value_type>2</value_type><complexity>1</complexity></parameter>
+      <parameter><name>cpuunits</name><value_type>1</value_type><complexity>1</complexity></parameter>
+      <parameter><name>cpulimit</name><complexity>0</complexity><note>percent</note></parameter>
+    </category>
+    <category>
+      <name>tune</name>
+      <parameter><name>order</name><type>7</type><formula>numproc.soft &lt;= numproc.hard</formula></parameter>
+    </category>
+    <category><name>empty</name></category>
+    <category><name>common</name><parameter><name>own</name></parameter></category>
+  </technology>
+  <technology>
+    <name>other</name>
+    <category><name>qos</name><parameter><name>memory</name></parameter></category>
+  </technology>
+</vocabulary>
+)";
+
+MBQVocMapSP loaded(const std::string& text) {
+  auto vocabulary = std::make_shared<MBQVocMap>();
+  EXPECT_EQ(0, vocabulary->load(text)) << getErrorMessage();
+  return vocabulary;
+}
+
+// "name,name,..." of a category's parameters, in iteration order.
+std::string parameterNames(const MBQVocCategory& category) {
+  std::string names;
+  MBQVocIterator it = category.iterator();
+  for (int rc = it.first(); rc == 0; rc = it.next()) {
+    std::string name;
+    EXPECT_EQ(0, it->getValue(1010, name));
+    names += (names.empty() ? "" : ",") + name;
+  }
+  return names;
+}
+
+// "technology/category:size" of every category, in document order.
+std::string layout(const MBQVocMap& vocabulary) {
+  std::string text;
+  for (const MBQVocCategorySP& category : vocabulary.getCategories()) {
+    if (!text.empty()) text += ' ';
+    text += category->getTechnology() + "/" + category->getName() + ":" + std::to_string(category->size());
+  }
+  return text;
+}
+
+TEST(MBQVocMapTest, LoadsWellFormedDocuments) {
+  struct Case {
+    const char* text;
+    const char* layout;
+  };
+  const Case cases[] = {
+      {"<vocabulary/>", ""},
+      {kSample, "/common:1 quellix/qos:3 quellix/tune:1 quellix/empty:0 quellix/common:1 other/qos:1"},
+      // The same category name under two technologies, and a technology without categories.
+      {"<vocabulary><technology><name>a</name><category><name>c</name></category></technology>"
+       "<technology><name>b</name><category><name>c</name></category></technology>"
+       "<technology><name>d</name></technology></vocabulary>",
+       "a/c:0 b/c:0"},
+      // Look-ups ignore namespaces, so a document in a default namespace reads the same.
+      {"<vocabulary xmlns='urn:x'><category><name>c</name><parameter><name>p</name></parameter>"
+       "</category></vocabulary>",
+       "/c:1"},
+      // Parameters may hold anything besides their name, nested elements included.
+      {"<vocabulary><category><name>c</name><parameter><name>p</name><x><y>1</y></x>text</parameter>"
+       "<!-- comment --><parameter><name>q</name></parameter></category></vocabulary>",
+       "/c:2"},
+  };
+  for (const Case& c : cases) {
+    MBQVocMap vocabulary;
+    ASSERT_EQ(0, vocabulary.load(c.text)) << c.text << ": " << getErrorMessage();
+    EXPECT_EQ(c.layout, layout(vocabulary)) << c.text;
+  }
+}
+
+TEST(MBQVocMapTest, RejectsBadDocumentsSayingWhatAndWhere) {
+  struct Case {
+    const char* text;
+    const char* message;
+  };
+  const Case cases[] = {
+      {"", "can not parse vocabulary: line "},
+      {"<vocabulary>\n  <technology>\n</vocabulary>", "can not parse vocabulary: line 3, column "},
+      {"<vocabulary><category><name>a&b</name></category></vocabulary>", "can not parse vocabulary: line 1, column "},
+      {"<vocab/>", "invalid vocabulary: document: root element is <vocab>, expected <vocabulary>"},
+      {"<vocabulary>qos</vocabulary>", "invalid vocabulary: <vocabulary>: unexpected text"},
+      {"<vocabulary><categroy/></vocabulary>", "invalid vocabulary: <vocabulary>: unexpected element <categroy>"},
+      {"<vocabulary><technology><name>a</name></technology><technology/></vocabulary>",
+       "invalid vocabulary: technology #2: no name"},
+      {"<vocabulary><technology><name>a</name><name>b</name></technology></vocabulary>",
+       "invalid vocabulary: technology #1: more than one name"},
+      {"<vocabulary><technology><name></name></technology></vocabulary>", "invalid vocabulary: technology #1: empty name"},
+      {"<vocabulary><technology><name> a</name></technology></vocabulary>",
+       "invalid vocabulary: technology #1: name ' a' contains white space"},
+      {"<vocabulary><technology><name>a</name></technology><technology><name>a</name></technology></vocabulary>",
+       "invalid vocabulary: technology 'a': technology key used twice"},
+      {"<vocabulary><technology><name>a</name>x</technology></vocabulary>",
+       "invalid vocabulary: technology 'a': unexpected text"},
+      {"<vocabulary><technology><name>a</name><parameter/></technology></vocabulary>",
+       "invalid vocabulary: technology 'a': unexpected element <parameter>"},
+      {"<vocabulary><category><name>c</name></category><category/></vocabulary>",
+       "invalid vocabulary: category #2: no name"},
+      {"<vocabulary><technology><name>a</name><category><name>c</name></category><category><name>c</name>"
+       "</category></technology></vocabulary>",
+       "invalid vocabulary: technology 'a', category 'c': category name used twice"},
+      {"<vocabulary><technology><name>a</name><category><name>FORMULAE</name></category></technology></vocabulary>",
+       "invalid vocabulary: technology 'a', category 'FORMULAE': the name is reserved: it reads the 'tune' category"},
+      {"<vocabulary><category><name>c</name>qos</category></vocabulary>",
+       "invalid vocabulary: category 'c': unexpected text"},
+      {"<vocabulary><category><name>c</name><category/></category></vocabulary>",
+       "invalid vocabulary: category 'c': unexpected element <category>"},
+      {"<vocabulary><technology><name>quellix</name><category><name>qos</name>\n"
+       "<parameter><name>a</name></parameter><parameter><value_type>2</value_type></parameter>"
+       "</category></technology></vocabulary>",
+       "invalid vocabulary: technology 'quellix', category 'qos', parameter #2: no name"},
+      {"<vocabulary><category><name>qos</name><parameter><name>numproc</name></parameter>"
+       "<parameter><name>x</name></parameter><parameter><name>NumProc</name></parameter></category></vocabulary>",
+       "invalid vocabulary: category 'qos', parameter #3: name 'NumProc' repeats the name of parameter #1"},
+  };
+  for (const Case& c : cases) {
+    MBQVocMap vocabulary;
+    EXPECT_EQ(-1, vocabulary.load(c.text)) << c.text;
+    EXPECT_THAT(getErrorMessage(), StartsWith(c.message)) << c.text;
+  }
+}
+
+TEST(MBQVocMapTest, FailedLoadKeepsThePreviousContent) {
+  MBQVocMapSP vocabulary = loaded(kSample);
+  MBQVocCategorySP before = vocabulary->readCategory({"quellix", "qos"});
+  EXPECT_EQ(-1, vocabulary->load("<vocabulary><category/></vocabulary>"));
+  EXPECT_EQ(before, vocabulary->readCategory({"quellix", "qos"}));
+  // A successful load replaces everything, while handles taken before stay usable.
+  ASSERT_EQ(0, vocabulary->load("<vocabulary/>"));
+  EXPECT_EQ(nullptr, vocabulary->readCategory("qos"));
+  EXPECT_EQ("numproc,cpuunits,cpulimit", parameterNames(*before));
+}
+
+TEST(MBQVocMapTest, ReadsCategoriesByNameAndByPath) {
+  MBQVocMapSP vocabulary = loaded(kSample);
+  struct Case {
+    std::vector<std::string> path;
+    const char* technology;  // nullptr: no category
+    const char* parameters;
+  };
+  const Case cases[] = {
+      {{"qos"}, "quellix", "numproc,cpuunits,cpulimit"},  // first technology in document order
+      {{"common"}, "", "shared"},                         // the top level before any technology
+      {{"tune"}, "quellix", "order"},
+      {{"FORMULAE"}, "quellix", "order"},
+      {{"quellix", "qos"}, "quellix", "numproc,cpuunits,cpulimit"},
+      {{"other", "qos"}, "other", "memory"},
+      {{"quellix", "common"}, "quellix", "own"},
+      {{"quellix", "FORMULAE"}, "quellix", "order"},
+      {{"quellix", "empty"}, "quellix", ""},
+      {{"QOS"}, nullptr, ""},  // names are compared exactly
+      {{"missing"}, nullptr, ""},
+      {{"other", "tune"}, nullptr, ""},
+      {{"nobody", "qos"}, nullptr, ""},
+      {{"", "common"}, nullptr, ""},  // a top-level category has no technology to name
+      {{}, nullptr, ""},
+      {{"quellix", "qos", "numproc"}, nullptr, ""},
+  };
+  for (const Case& c : cases) {
+    std::string where = ::testing::PrintToString(c.path);
+    MBQVocCategorySP category = vocabulary->readCategory(c.path);
+    if (c.technology == nullptr) {
+      EXPECT_EQ(nullptr, category) << where;
+      EXPECT_FALSE(getErrorMessage().empty()) << where;
+      continue;
+    }
+    ASSERT_NE(nullptr, category) << where;
+    EXPECT_EQ(c.technology, category->getTechnology()) << where;
+    EXPECT_EQ(c.parameters, parameterNames(*category)) << where;
+    if (c.path.size() == 1) {
+      EXPECT_EQ(category, vocabulary->readCategory(c.path[0])) << where;
+    }
+  }
+  clearErrorMessage();
+  EXPECT_EQ(nullptr, vocabulary->readCategory({"quellix", "missing"}));
+  EXPECT_EQ("no category 'missing' of technology 'quellix' in vocabulary", getErrorMessage());
+  EXPECT_EQ(nullptr, vocabulary->readCategory("missing"));
+  EXPECT_EQ("no category 'missing' in vocabulary", getErrorMessage());
+  EXPECT_EQ(nullptr, MBQVocMap().readCategory("qos"));
+}
+
+TEST(MBQVocMapTest, IteratorReadsParameterElements) {
+  MBQVocMapSP vocabulary = loaded(kSample);
+  MBQVocIterator it = vocabulary->readCategory({"quellix", "qos"})->iterator();
+  EXPECT_FALSE(it.isValid());
+  ASSERT_EQ(0, it.first());
+  ASSERT_TRUE(it.isValid());
+  std::string name;
+  int valueType = 0;
+  int complexity = -1;
+  EXPECT_EQ(0, it->getValue(1010, name));
+  EXPECT_EQ("numproc", name);
+  EXPECT_EQ(0, it->getValue("value_type", valueType));
+  EXPECT_EQ(0, it->getValue(1304, complexity));
+  EXPECT_EQ(2, valueType);
+  EXPECT_EQ(1, complexity);
+
+  ASSERT_EQ(0, it.next());
+  ASSERT_EQ(0, it.next());
+  EXPECT_EQ(0, (*it).getValue(1010, name));
+  EXPECT_EQ("cpulimit", name);
+  valueType = 7;
+  EXPECT_NE(0, it->getValue("value_type", valueType));  // absent element: value untouched
+  EXPECT_EQ(7, valueType);
+  EXPECT_EQ(0, it->getValue("note", name));
+  EXPECT_EQ("percent", name);
+  EXPECT_EQ(0, it->getValue(1304, complexity));
+  EXPECT_EQ(0, complexity);
+}
+
+TEST(MBQVocMapTest, IteratorEndsRestartsAndIgnoresCallerMoves) {
+  MBQVocMapSP vocabulary = loaded(kSample);
+  MBQVocIterator empty = vocabulary->readCategory({"quellix", "empty"})->iterator();
+  EXPECT_EQ(-1, empty.next());  // before first()
+  EXPECT_EQ(-1, empty.first());
+  EXPECT_FALSE(empty.isValid());
+  EXPECT_EQ(-1, empty.next());
+
+  MBQVocIterator it = vocabulary->readCategory("qos")->iterator();
+  ASSERT_EQ(0, it.first());
+  // The handed-out cursor is confined to the parameter; moving it does not move the iteration.
+  EXPECT_NE(0, it->up());
+  EXPECT_EQ(0, it->descend(1010));
+  std::string name;
+  ASSERT_EQ(0, it.next());
+  EXPECT_EQ(0, it->getValue(1010, name));
+  EXPECT_EQ("cpuunits", name);
+  ASSERT_EQ(0, it.next());
+  EXPECT_EQ(-1, it.next());
+  EXPECT_FALSE(it.isValid());
+  EXPECT_EQ(-1, it.next());
+  ASSERT_EQ(0, it.first());
+  EXPECT_EQ(0, it->getValue(1010, name));
+  EXPECT_EQ("numproc", name);
+
+  // An iterator keeps the document alive after the vocabulary and category are gone.
+  MBQVocIterator survivor = vocabulary->readCategory({"other", "qos"})->iterator();
+  vocabulary.reset();
+  ASSERT_EQ(0, survivor.first());
+  EXPECT_EQ(0, survivor->getValue(1010, name));
+  EXPECT_EQ("memory", name);
+  EXPECT_EQ(-1, survivor.next());
+}
+
+TEST(MBQVocMapTest, ThreadsIterateOneCategoryAtOnce) {
+  MBQVocMapSP vocabulary = loaded(kSample);
+  MBQVocCategorySP category = vocabulary->readCategory({"quellix", "qos"});
+  std::vector<std::string> seen(4);
+  std::vector<std::thread> threads;
+  for (std::string& names : seen)
+    threads.emplace_back([&category, &names] {
+      for (int round = 0; round < 200; ++round) names = parameterNames(*category);
+    });
+  for (std::thread& thread : threads) thread.join();
+  for (const std::string& names : seen) EXPECT_EQ("numproc,cpuunits,cpulimit", names);
+}
+
+class MBQVocMapFileTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    char pattern[] = "/tmp/MBQVocMapTest.XXXXXX";
+    ASSERT_NE(nullptr, mkdtemp(pattern));
+    dir_ = pattern;
+  }
+  void TearDown() override {
+    for (const std::string& file : files_) std::remove(file.c_str());
+    rmdir(dir_.c_str());
+  }
+  std::string write(const char* name, const std::string& text) {
+    std::string path = dir_ + "/" + name;
+    std::ofstream(path, std::ios::binary) << text;
+    files_.push_back(path);
+    return path;
+  }
+  std::string dir_;
+  std::vector<std::string> files_;
+};
+
+TEST_F(MBQVocMapFileTest, LoadsFilesAndPrefixesFailuresWithThePath) {
+  MBQVocMap vocabulary;
+  ASSERT_EQ(0, vocabulary.loadFile(write("good.xml", kSample))) << getErrorMessage();
+  EXPECT_NE(nullptr, vocabulary.readCategory({"quellix", "tune"}));
+
+  const std::string bad = write("bad.xml", "<vocabulary>\n<category>\n");
+  EXPECT_EQ(-1, vocabulary.loadFile(bad));
+  EXPECT_THAT(getErrorMessage(), StartsWith(bad + ": can not parse vocabulary: line "));
+  EXPECT_NE(nullptr, vocabulary.readCategory({"quellix", "tune"}));
+
+  const std::string invalid = write("invalid.xml", "<vocabulary><category/></vocabulary>");
+  EXPECT_EQ(-1, vocabulary.loadFile(invalid));
+  EXPECT_EQ(invalid + ": invalid vocabulary: category #1: no name", getErrorMessage());
+
+  const std::string missing = dir_ + "/missing.xml";
+  EXPECT_EQ(-1, vocabulary.loadFile(missing));
+  EXPECT_EQ(missing + ": can not open: No such file or directory", getErrorMessage());
+  EXPECT_EQ(-1, vocabulary.loadFile(dir_));
+  EXPECT_EQ(dir_ + ": can not read: Is a directory", getErrorMessage());
+}
+
+TEST_F(MBQVocMapFileTest, RefusesFilesAboveTheSizeLimit) {
+  const std::string path = write("huge.xml", "");
+  ASSERT_EQ(0, truncate(path.c_str(), static_cast<off_t>(MBQVocMap::kMaxFileSize + 1)));
+  MBQVocMap vocabulary;
+  EXPECT_EQ(-1, vocabulary.loadFile(path));
+  EXPECT_THAT(getErrorMessage(), HasSubstr("file is larger than"));
+}
+
+TEST(MBQVocMapDeathTest, ParameterOfAnInvalidIteratorAborts) {
+  MBQVocMapSP vocabulary = loaded(kSample);
+  MBQVocIterator it = vocabulary->readCategory("qos")->iterator();
+  EXPECT_DEATH(it.parameter(), "assertion failed at core/src/MBQFunctionalityCore/MBQVocMap:");
+  ASSERT_EQ(0, it.first());
+  while (it.next() == 0) {
+  }
+  EXPECT_DEATH(it->getName(), "MBQVocMap");
+}
+
+}  // namespace
+}  // namespace MBQ

@@ -1,0 +1,476 @@
+#include "KTRFunctionality/KTRBashParser.h"
+
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cctype>
+#include <cstring>
+#include <fstream>
+#include <map>
+#include <random>
+#include <set>
+#include <sstream>
+#include <streambuf>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "MBQCore/MBQError.h"
+
+namespace KTR {
+namespace {
+
+// Put side that records every call and answers with a fixed code.
+struct RecordingPut {
+  std::vector<std::pair<std::string, std::string>> puts;
+  int result = 0;
+  int put(const std::string& key, const char* value) {
+    puts.emplace_back(key, value);
+    return result;
+  }
+};
+
+// Get side answering from a map: kKeyWithoutValue for the keys in `withoutValue`, kUnknownKey
+// for the rest. It appends to the value it is given, so text left in it would show. getNext
+// walks `order`, where an empty entry answers -1 once.
+struct ScriptedGet {
+  std::map<std::string, std::string> values;
+  std::set<std::string> withoutValue;
+  std::vector<std::string> order;
+  std::size_t next = 0;
+
+  int get(const std::string& key, std::string& value) {
+    if (withoutValue.count(key) != 0) return kKeyWithoutValue;
+    const auto found = values.find(key);
+    if (found == values.end()) return kUnknownKey;
+    value += found->second;
+    return 0;
+  }
+  int getNext(std::string& key) {
+    if (next >= order.size() || order[next].empty()) {
+      ++next;
+      return -1;
+    }
+    key = order[next++];
+    return 0;
+  }
+};
+
+using Puts = std::vector<std::pair<std::string, std::string>>;
+
+Puts readAll(const std::string& text, int* result = nullptr, int putResult = 0) {
+  RecordingPut put;
+  put.result = putResult;
+  std::istringstream in(text);
+  const int read = parseBashLikeConfig(put, in);
+  if (result != nullptr) *result = read;
+  return put.puts;
+}
+
+std::string writeMerged(ScriptedGet get, const std::string& oldText, bool merge = true) {
+  std::istringstream old(oldText);
+  std::ostringstream out;
+  EXPECT_EQ(0, serializeBashLikeConfig(get, out, &old, merge));
+  return out.str();
+}
+
+TEST(KTRBashParserTest, ReadsLinesIntoOneBufferThatOnlyGrows) {
+  std::istringstream in(std::string("ab\n\nlonger line\nx\0y", 19));
+  char* buffer = nullptr;
+  unsigned long capacity = 0;
+  const std::vector<std::string> expected = {"ab", "", "longer line", std::string("x\0y", 3)};
+  const std::vector<unsigned long> capacities = {3, 3, 12, 12};
+  for (std::size_t i = 0; i < expected.size(); ++i) {
+    ASSERT_EQ(static_cast<int>(expected[i].size()), readStringFromStream(in, &buffer, &capacity)) << i;
+    EXPECT_EQ(expected[i], std::string(buffer, expected[i].size())) << i;
+    EXPECT_EQ('\0', buffer[expected[i].size()]) << i;
+    EXPECT_EQ(capacities[i], capacity) << i;
+  }
+  char* const kept = buffer;
+  EXPECT_EQ(-1, readStringFromStream(in, &buffer, &capacity));
+  EXPECT_EQ(kept, buffer);
+  EXPECT_EQ(12u, capacity);
+  std::free(buffer);
+}
+
+TEST(KTRBashParserTest, ReadingPutsEveryAssignmentWithItsNameLowerCased) {
+  const std::string file =
+      "# VE_ROOT=/commented\n"
+      "\n"
+      "  \t\n"
+      "Foo=\"a b\"  # trailing\n"
+      "echo hi\n"
+      "HOME_DIR=$HOME\n"
+      "export BAR=1\n"
+      "BAR='x'\\ y\n"
+      "EMPTY=\n"
+      "LAST=no newline";
+  int result = -99;
+  const Puts puts = readAll(file, &result);
+  EXPECT_EQ(0, result);
+  // "LAST=no newline" is two words (bash would run "newline" with LAST in its environment).
+  EXPECT_EQ((Puts{{"foo", "a b"}, {"bar", "x y"}, {"empty", ""}}), puts);
+}
+
+TEST(KTRBashParserTest, ReadingKeepsGoingWhatEverPutAnswers) {
+  int result = -99;
+  const Puts puts = readAll("A=1\nB=2\nC=3", &result, kUnknownKey);
+  EXPECT_EQ(0, result);
+  EXPECT_EQ((Puts{{"a", "1"}, {"b", "2"}, {"c", "3"}}), puts);
+  EXPECT_EQ((Puts{{"a", "1"}}), readAll("A=1", &result, kBadResourceValue));
+  EXPECT_EQ(0, result);
+}
+
+TEST(KTRBashParserTest, ReadingStopsAtAValueLeftOpen) {
+  MBQ::clearErrorMessage();
+  int result = 0;
+  EXPECT_EQ((Puts{{"a", "1"}}), readAll("A=1\n# c\nB=\"open\nC=3\n\"\n", &result));
+  EXPECT_EQ(-1, result);
+  EXPECT_EQ(0u, MBQ::getErrorMessage().rfind("line 3: ", 0)) << MBQ::getErrorMessage();
+  EXPECT_NE(std::string::npos, MBQ::getErrorMessage().find("B")) << MBQ::getErrorMessage();
+}
+
+TEST(KTRBashParserTest, ReadingSkipsLinesHoldingNulBytes) {
+  // bash drops the NUL and would read A=1x; the text before the NUL is not the value.
+  int result = -99;
+  EXPECT_EQ((Puts{{"b", "2"}}), readAll(std::string("A=1\0x\nB=2\n", 10), &result));
+  EXPECT_EQ(0, result);
+  EXPECT_TRUE(readAll("", &result).empty());
+  EXPECT_EQ(0, result);
+}
+
+TEST(KTRBashParserTest, WritingWithoutOldTextAppendsOneLinePerKey) {
+  ScriptedGet get;
+  get.values = {{"ve_root", "/vz/root"}, {"onboot", "yes"}};
+  get.order = {"onboot", "ve_root"};
+  const std::string appended = "ONBOOT=\"yes\"\nVE_ROOT=\"/vz/root\"\n";
+
+  std::ostringstream noOld;
+  ScriptedGet first = get;
+  EXPECT_EQ(0, serializeBashLikeConfig(first, noOld, nullptr, true));
+  EXPECT_EQ(appended, noOld.str());
+
+  EXPECT_EQ(appended, writeMerged(get, "ONBOOT=no\n# comment\n", false));
+  EXPECT_EQ(appended, writeMerged(get, ""));
+
+  std::istringstream failed("ONBOOT=no\n");
+  failed.setstate(std::ios::failbit);
+  std::ostringstream out;
+  ScriptedGet third = get;
+  EXPECT_EQ(0, serializeBashLikeConfig(third, out, &failed, true));
+  EXPECT_EQ(appended, out.str());
+}
+
+TEST(KTRBashParserTest, WritingKeepsEveryLineItDoesNotRewrite) {
+  ScriptedGet get;
+  get.values = {{"a", "new"}, {"open", "new"}, {"nul", "new"}};
+  const std::string old = std::string(
+                              "# A=commented\n"
+                              "\n"
+                              " \t \n"
+                              "UNKNOWN=\"kept\"   # as is\n"
+                              "echo A=1\n"
+                              "A=$HOME\n"
+                              "A=b c\n"
+                              "OPEN=\"never closed\n") +
+                          std::string("NUL=x\0y\n", 8) + "\r\n";
+  EXPECT_EQ(old, writeMerged(get, old));
+}
+
+TEST(KTRBashParserTest, WritingReplacesOnlyTheValueAsWritten) {
+  struct Case {
+    const char* old;
+    const char* written;
+  };
+  const Case cases[] = {
+      {"KEY=old", "KEY=\"new\""},
+      {"  Key='o l d'\"x\"  # keep me", "  Key=\"new\"  # keep me"},
+      {"key=", "key=\"new\""},
+      {"KEY= # empty", "KEY=\"new\" # empty"},
+      {"\tkEy=a\\ b#c\t#d", "\tkEy=\"new\"\t#d"},
+  };
+  for (const Case& c : cases) {
+    ScriptedGet get;
+    get.values = {{"key", "new"}};
+    get.order = {"key"};
+    EXPECT_EQ(std::string(c.written) + "\n", writeMerged(get, c.old)) << c.old;
+  }
+}
+
+TEST(KTRBashParserTest, WritingRewritesARepeatedKeyEverywhereAndDoesNotAppendIt) {
+  ScriptedGet get;
+  get.values = {{"a", "1"}, {"b", "2"}};
+  get.order = {"a", "b"};
+  EXPECT_EQ("A=\"1\"\n# x\na=\"1\"\nB=\"2\"\n", writeMerged(get, "A=old\n# x\na='older'\n"));
+}
+
+TEST(KTRBashParserTest, WritingKeepsTheOldLineOfAKeyWithoutValue) {
+  ScriptedGet get;
+  get.values = {{"b", "2"}};
+  get.withoutValue = {"a"};
+  get.order = {"a", "b"};
+  EXPECT_EQ("A=\"old\" # c\nB=\"2\"\n", writeMerged(get, "A=\"old\" # c\n"));
+  EXPECT_EQ("B=\"2\"\n", writeMerged(get, "A=\"old\" # c\n", false));
+}
+
+TEST(KTRBashParserTest, WritingPutsNewValuesInQuotesWithoutEscaping) {
+  ScriptedGet get;
+  get.values = {{"k", "a\"b $c\\"}, {"n", "x'y"}};
+  get.order = {"n"};
+  EXPECT_EQ("K=\"a\"b $c\\\" # c\nN=\"x'y\"\n", writeMerged(get, "K=old # c\n"));
+}
+
+TEST(KTRBashParserTest, WritingEndsEveryLineWithANewline) {
+  ScriptedGet get;
+  get.values = {{"a", "x"}};
+  EXPECT_EQ("A=\"x\"\nB=2\n", writeMerged(get, "A=1\nB=2"));
+  EXPECT_EQ("# only\n", writeMerged(get, "# only"));
+}
+
+TEST(KTRBashParserTest, WritingAppendsInGetNextOrderUntilItsFirstEnd) {
+  ScriptedGet get;
+  get.values = {{"a", "1"}, {"b", "2"}, {"c", "3"}, {"mix", "4"}};
+  get.withoutValue = {"w"};
+  get.order = {"b", "unknown", "mix", "w", "a", "", "c"};
+  // "mix" is rewritten in place under its own spelling; "c" comes after the first end.
+  EXPECT_EQ("Mixed_Case_m=nope\nmIx=\"4\"\nB=\"2\"\nA=\"1\"\n", writeMerged(get, "Mixed_Case_m=nope\nmIx=5"));
+}
+
+// An output stream that fails every write.
+class FailingBuffer : public std::streambuf {
+ protected:
+  int_type overflow(int_type) override { return traits_type::eof(); }
+};
+
+TEST(KTRBashParserTest, WritingReportsAFailedOutputStream) {
+  ScriptedGet get;
+  get.values = {{"a", "1"}};
+  get.order = {"a"};
+  FailingBuffer failing;
+  std::ostream out(&failing);
+  std::istringstream old("# comment\n");
+  MBQ::clearErrorMessage();
+  EXPECT_EQ(-1, serializeBashLikeConfig(get, out, &old, true));
+  EXPECT_EQ("failed to write output stream", MBQ::getErrorMessage());
+}
+
+// Files of every kind of line; writing them back with merge must keep each line that is not a
+// rewritten assignment byte for byte, change only the value as written in the others, and
+// append the keys the file lacks.
+class ConfigFileGenerator {
+ public:
+  explicit ConfigFileGenerator(unsigned seed) : random_(seed) {}
+
+  struct Line {
+    std::string text;
+    std::string key;  // lower-case key of an assignment that the get side may rewrite
+    std::string::size_type valueBegin = 0;
+    std::string::size_type valueLength = 0;
+  };
+
+  std::vector<Line> file(bool& finalNewline) {
+    std::vector<Line> lines(static_cast<std::size_t>(pick(25)));
+    for (Line& line : lines) line = next();
+    finalNewline = pick(3) != 0;
+    // Without a final newline an empty last line would not be a line at all.
+    if (!finalNewline && !lines.empty() && lines.back().text.empty()) lines.back().text = " ";
+    return lines;
+  }
+
+  int pick(int n) { return static_cast<int>(random_() % static_cast<unsigned>(n)); }
+
+  std::string spell(const std::string& key) {
+    std::string spelled = key;
+    for (char& c : spelled)
+      if (pick(2)) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+    return spelled;
+  }
+
+ private:
+  std::string blanks() { return std::string(static_cast<std::size_t>(pick(3)), pick(2) ? ' ' : '\t'); }
+
+  std::string value() {
+    static const char* const kForms[] = {"",           "plain",         "\"double quoted\"", "'single $quoted'",
+                                         "a\\ b'c'\"d\"", "\"\\\"esc\\\\\"", "x#y",              "\"\"",
+                                         "$",          "/path/$/x"};
+    return kForms[pick(10)];
+  }
+
+  std::string trailer() {
+    switch (pick(4)) {
+      case 0:
+        return " # comment \"with' quotes";
+      case 1:
+        return "\t";
+      default:
+        return "";
+    }
+  }
+
+  Line next() {
+    Line line;
+    switch (pick(8)) {
+      case 0:
+        line.text = blanks() + "# " + spell("alpha") + "=commented";
+        break;
+      case 1:
+        line.text = blanks();
+        break;
+      case 2:
+        line.text = blanks() + "UNKNOWN_" + std::to_string(pick(5)) + "=" + value() + trailer();
+        break;
+      case 3: {
+        static const char* const kLines[] = {"echo hi", "export ALPHA=1", "ALPHA+=2", "ALPHA=$HOME",
+                                             "BETA=b c", "GAMMA=\"open", "\r", "ALPHA =1"};
+        line.text = kLines[pick(8)];
+        break;
+      }
+      case 4:
+        line.text = std::string("ALPHA=x\0y", 9);
+        break;
+      default: {
+        static const char* const kKeys[] = {"alpha", "beta", "gamma", "delta"};
+        const std::string key = kKeys[pick(4)];
+        const std::string written = value();
+        line.text = blanks() + spell(key) + "=";
+        line.key = key;
+        line.valueBegin = line.text.size();
+        line.valueLength = written.size();
+        line.text += written + trailer();
+      }
+    }
+    return line;
+  }
+
+  std::mt19937 random_;
+};
+
+TEST(KTRBashParserTest, MergingChangesNothingButTheValuesItRewrites) {
+  ConfigFileGenerator generator(4711);
+  const std::vector<std::string> keys = {"alpha", "beta", "gamma", "delta", "epsilon"};
+  for (int round = 0; round < 300; ++round) {
+    bool finalNewline = true;
+    const std::vector<ConfigFileGenerator::Line> lines = generator.file(finalNewline);
+    std::string old;
+    for (std::size_t i = 0; i < lines.size(); ++i) old += lines[i].text + (i + 1 < lines.size() || finalNewline ? "\n" : "");
+
+    ScriptedGet get;
+    for (const std::string& key : keys) {
+      switch (generator.pick(3)) {
+        case 0:
+          get.values[key] = "v" + std::to_string(round) + (generator.pick(2) ? "\"$q" : "");
+          break;
+        case 1:
+          get.withoutValue.insert(key);
+          break;
+        default:
+          break;
+      }
+      get.order.push_back(key);
+    }
+    std::shuffle(get.order.begin(), get.order.end(), std::mt19937(static_cast<unsigned>(round)));
+
+    std::string expected;
+    std::set<std::string> rewritten;
+    for (const ConfigFileGenerator::Line& line : lines) {
+      std::string text = line.text;
+      const auto found = get.values.find(line.key);
+      if (!line.key.empty() && found != get.values.end()) {
+        text.replace(line.valueBegin, line.valueLength, "\"" + found->second + "\"");
+        rewritten.insert(line.key);
+      }
+      expected += text + "\n";
+    }
+    for (const std::string& key : get.order) {
+      const auto found = get.values.find(key);
+      if (found != get.values.end() && rewritten.count(key) == 0)
+        expected += MBQ::toUpper(key) + "=\"" + found->second + "\"\n";
+    }
+    ASSERT_EQ(expected, writeMerged(get, old)) << "round " << round << ", old text:\n" << old;
+  }
+}
+
+// Produces `prefix`, then `size` bytes 'a' and a newline, without holding the long line.
+class LongLineBuffer : public std::streambuf {
+ public:
+  LongLineBuffer(const std::string& prefix, std::size_t size) : prefix_(prefix), left_(size) {
+    std::memset(chunk_, 'a', sizeof chunk_);
+    setg(&prefix_[0], &prefix_[0], &prefix_[0] + prefix_.size());
+  }
+
+ protected:
+  int_type underflow() override {
+    if (left_ > 0) {
+      const std::size_t size = std::min(left_, sizeof chunk_);
+      left_ -= size;
+      setg(chunk_, chunk_, chunk_ + size);
+      return 'a';
+    }
+    if (newlineGiven_) return traits_type::eof();
+    newlineGiven_ = true;
+    setg(newline_, newline_, newline_ + 1);
+    return '\n';
+  }
+
+ private:
+  std::string prefix_;
+  std::size_t left_;
+  bool newlineGiven_ = false;
+  char chunk_[1 << 16];
+  char newline_[1] = {'\n'};
+};
+
+bool sanitized() {
+#if defined(__SANITIZE_ADDRESS__)
+  return true;
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+  return true;
+#endif
+#endif
+  return false;
+}
+
+// Limits the process's address space so that a line of `kLongLine` bytes still fits in the
+// stream's string (which peaks at 1.5 times its size while growing) but not a second time in
+// the line buffer.
+constexpr std::size_t kLongLine = 15 * (std::size_t{1} << 22) - 64;
+
+void limitMemoryForOneLongLine() {
+  std::ifstream statm("/proc/self/statm");
+  unsigned long pages = 0;
+  statm >> pages;
+  const rlim_t limit = pages * static_cast<unsigned long>(sysconf(_SC_PAGESIZE)) + kLongLine / 4 * 7;
+  const rlimit rl = {limit, limit};
+  setrlimit(RLIMIT_AS, &rl);
+}
+
+TEST(KTRBashParserDeathTest, ALineThatDoesNotFitInMemoryFailsTheReadAndTheWrite) {
+  if (sanitized()) GTEST_SKIP() << "address space limits do not work under the sanitizers";
+  EXPECT_EXIT(
+      {
+        limitMemoryForOneLongLine();
+        LongLineBuffer lines("A=1\n", kLongLine);
+        std::istream in(&lines);
+        RecordingPut put;
+        const int result = parseBashLikeConfig(put, in);
+        const bool reported = MBQ::getErrorMessage().find("can't allocate") != std::string::npos;
+        std::exit(result == -1 && reported && put.puts.size() == 1 ? 0 : 1);
+      },
+      ::testing::ExitedWithCode(0), "");
+  EXPECT_EXIT(
+      {
+        limitMemoryForOneLongLine();
+        LongLineBuffer lines("# kept\n", kLongLine);
+        std::istream old(&lines);
+        std::ostringstream out;
+        ScriptedGet get;
+        std::exit(serializeBashLikeConfig(get, out, &old, true) == -1 && out.str() == "# kept\n" ? 0 : 1);
+      },
+      ::testing::ExitedWithCode(0), "");
+}
+
+}  // namespace
+}  // namespace KTR

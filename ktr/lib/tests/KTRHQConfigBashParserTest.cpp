@@ -1,0 +1,151 @@
+#include "KTRFunctionality/KTRHQConfigBashParser.h"
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "KTRFunctionality/KTRBashParser.h"
+#include "KTRFunctionality/KTRVtSettings.h"
+
+namespace KTR {
+namespace {
+
+using Raw = std::map<std::string, std::string>;
+
+KTRVtSettings read(const std::string& text, KTRVtSettings settings = KTRVtSettings()) {
+  std::istringstream in(text);
+  EXPECT_EQ(0, KTRHQConfigBashParser::getInstance()->getConfig(in, settings));
+  return settings;
+}
+
+std::string write(const KTRVtSettings& settings, const std::string* oldText, bool merge = true) {
+  std::istringstream old(oldText != nullptr ? *oldText : "");
+  std::ostringstream out;
+  EXPECT_EQ(0, KTRHQConfigBashParser::getInstance()->putConfig(settings, out, oldText != nullptr ? &old : nullptr,
+                                                               merge));
+  return out.str();
+}
+
+std::string write(const KTRVtSettings& settings, const std::string& oldText) { return write(settings, &oldText); }
+
+KTRVtSettings withServices(const std::vector<std::pair<std::string, bool>>& services) {
+  std::vector<KTRRedirectService> list;
+  for (const auto& service : services)
+    list.emplace_back(service.first, 80, MBQ::MBQEID("eid-" + service.first), service.second);
+  KTRVtSettings settings;
+  settings.setOfflineServices(list);
+  return settings;
+}
+
+std::vector<std::pair<std::string, bool>> flags(const KTRVtSettings& settings) {
+  std::vector<std::pair<std::string, bool>> result;
+  for (const KTRRedirectService& service : settings.getOfflineServices().get())
+    result.emplace_back(service.getName(), service.getFlag());
+  return result;
+}
+
+TEST(KTRHQConfigBashParserTest, IsOneSharedInstance) {
+  ASSERT_NE(nullptr, KTRHQConfigBashParser::getInstance());
+  EXPECT_EQ(KTRHQConfigBashParser::getInstance(), KTRHQConfigBashParser::getInstance());
+}
+
+TEST(KTRHQConfigBashParserTest, KeepsEveryAssignmentRawAndInterpretsTheDirectories) {
+  const KTRVtSettings settings = read("# global\nLOCKDIR=/run/lock\nTemplate=\"/vz/template\"\nVE0CPUUNITS=1000\n");
+  EXPECT_EQ((Raw{{"lockdir", "/run/lock"}, {"template", "/vz/template"}, {"ve0cpuunits", "1000"}}),
+            settings.getSettingsMap());
+  EXPECT_EQ(MBQ::MBQOptionalProperty<std::string>("/run/lock"), settings.getLockDir());
+  EXPECT_EQ(MBQ::MBQOptionalProperty<std::string>("/vz/template"), settings.getTemplateDir());
+  EXPECT_FALSE(settings.getOfflineServices().isSpecified());
+
+  EXPECT_EQ(MBQ::MBQOptionalProperty<std::string>(""), read("TEMPLATE=\n").getTemplateDir());
+}
+
+TEST(KTRHQConfigBashParserTest, ARepeatedKeyKeepsTheFirstRawValueAndTheLastDirectory) {
+  const KTRVtSettings settings = read("LOCKDIR=/first\nLOCKDIR=/second\n");
+  EXPECT_EQ("/first", settings.getSettingsMap().at("lockdir"));
+  EXPECT_EQ(MBQ::MBQOptionalProperty<std::string>("/second"), settings.getLockDir());
+}
+
+TEST(KTRHQConfigBashParserTest, OfflineServicesSwitchTheKnownServicesOnlyAndWriteBackInListOrder) {
+  const std::string old = "OFFLINE_SERVICE=\"b  a unknown\"\n";
+  const KTRVtSettings settings = read(old, withServices({{"a", false}, {"b", false}, {"c", true}}));
+  EXPECT_EQ((std::vector<std::pair<std::string, bool>>{{"a", true}, {"b", true}, {"c", false}}), flags(settings));
+  EXPECT_EQ("OFFLINE_SERVICE=\"a b\"\n", write(settings, old));
+
+  // Two spaces make an empty name.
+  EXPECT_TRUE(read("OFFLINE_SERVICE=\"x  y\"\n", withServices({{"", false}})).getOfflineServices().get()[0].getFlag());
+  EXPECT_FALSE(read("OFFLINE_SERVICE=\"x y\"\n", withServices({{"", true}})).getOfflineServices().get()[0].getFlag());
+
+  const KTRVtSettings noList = read("OFFLINE_SERVICE=a\n");
+  EXPECT_FALSE(noList.getOfflineServices().isSpecified());
+  EXPECT_TRUE(noList.getOfflineServices().get().empty());
+}
+
+TEST(KTRHQConfigBashParserTest, GetSideAnswers) {
+  KTRVtSettings settings = withServices({{"a", true}, {"b", false}, {"c", true}});
+  settings.setSettingsMap(Raw{{"x", "1"}});
+  KTRHQConfigBashParser::ParameterParserGet get(settings);
+  std::string value;
+  EXPECT_EQ(kKeyWithoutValue, get.get("template", value));
+  EXPECT_EQ(kKeyWithoutValue, get.get("lockdir", value));
+  EXPECT_EQ(kUnknownKey, get.get("y", value));
+  EXPECT_EQ(0, get.get("offline_service", value));
+  EXPECT_EQ("a c", value);
+  value = "pre";
+  EXPECT_EQ(0, get.get("offline_service", value));
+  EXPECT_EQ("pre a c", value);
+
+  KTRVtSettings noList;
+  KTRHQConfigBashParser::ParameterParserGet noListGet(noList);
+  EXPECT_EQ(kKeyWithoutValue, noListGet.get("offline_service", value));
+}
+
+TEST(KTRHQConfigBashParserTest, ProducesTheFirstRawKeyThenTheDirectoriesThenTheRest) {
+  KTRVtSettings settings;
+  settings.setSettingsMap(Raw{{"a", "1"}, {"lockdir", "/l"}, {"m", "2"}, {"template", "/t"}, {"z", "3"}});
+  KTRHQConfigBashParser::ParameterParserGet get(settings);
+  std::vector<std::string> keys;
+  std::string key;
+  while (get.getNext(key) == 0) keys.push_back(key);
+  EXPECT_EQ((std::vector<std::string>{"a", "lockdir", "template", "m", "z"}), keys);
+}
+
+TEST(KTRHQConfigBashParserTest, AppendsNothingWhenTheRawMapHoldsOnlyTheDirectories) {
+  // Deliberate: without another raw key the first getNext already ends the appending.
+  KTRVtSettings settings;
+  settings.setLockDir(std::string("/l"));
+  settings.setTemplateDir(std::string("/t"));
+  EXPECT_EQ("", write(settings, nullptr));
+  settings.setSettingsMap(Raw{{"lockdir", "/l"}});
+  EXPECT_EQ("", write(settings, nullptr));
+  EXPECT_EQ("# x\n", write(settings, std::string("# x\n")));
+
+  settings.setSettingsMap(Raw{{"other", "o"}});
+  EXPECT_EQ("OTHER=\"o\"\nLOCKDIR=\"/l\"\nTEMPLATE=\"/t\"\n", write(settings, nullptr));
+  EXPECT_EQ("", write(KTRVtSettings(), nullptr));
+}
+
+TEST(KTRHQConfigBashParserTest, AnUnspecifiedTemplateDirectoryKeepsTheOldLine) {
+  KTRVtSettings settings;
+  settings.setSettingsMap(Raw{{"lockdir", "/new"}, {"other", "o"}});
+  settings.setLockDir(std::string("/new"));
+  EXPECT_EQ("TEMPLATE=/old # c\nLOCKDIR=\"/new\"\nOTHER=\"o\"\n",
+            write(settings, std::string("TEMPLATE=/old # c\nLOCKDIR=/l\n")));
+}
+
+TEST(KTRHQConfigBashParserTest, KeepsUnknownLinesAndAppendsRawKeysTheFileLacks) {
+  const std::string old = "# global\nUNKNOWN_TO_MAP=1\nA=old\nLOCKDIR=/l\n";
+  KTRVtSettings settings = read(old);
+  std::map<std::string, std::string> raw = settings.getSettingsMap();
+  raw.erase("unknown_to_map");
+  raw["a"] = "new";
+  raw["added"] = "x";
+  settings.setSettingsMap(raw);
+  EXPECT_EQ("# global\nUNKNOWN_TO_MAP=1\nA=\"new\"\nLOCKDIR=\"/l\"\nADDED=\"x\"\n", write(settings, old));
+}
+
+}  // namespace
+}  // namespace KTR
