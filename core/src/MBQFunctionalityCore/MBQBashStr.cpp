@@ -30,6 +30,15 @@ bool dollarIsLiteral(char next) {
   return next == '\0' || isBlank(next) || std::strchr("%+,./:=]^}~", next) != nullptr;
 }
 
+// "$VEID" is the container id placeholder of the node's files (for example
+// VE_ROOT="/vz/root/$VEID"): the files are read with VEID standing for itself and the library
+// substitutes the id later, so the placeholder is kept as written, exactly as bash assigns it
+// when VEID holds the text "$VEID". Only this spelling is kept; "${VEID}" is refused like any
+// other expansion.
+bool isVeidPlaceholder(const char* dollar) {
+  return std::strncmp(dollar + 1, "VEID", 4) == 0 && !isNameChar(dollar[5]);
+}
+
 // Inside double quotes a backslash only escapes these; before anything else it stays.
 bool isDoubleQuoteEscapable(char c) { return c == '"' || c == '\\' || c == '$' || c == '`'; }
 
@@ -50,7 +59,8 @@ int scanValue(const char* line, unsigned long begin, unsigned long& end) {
         if (q == '\0') return kBashStrOpenQuote;
         if (q == '"') break;
         if (q == '`') return kBashStrNotAssignment;
-        if (q == '$' && line[i + 1] != '"' && !dollarIsLiteral(line[i + 1])) return kBashStrNotAssignment;
+        if (q == '$' && line[i + 1] != '"' && !dollarIsLiteral(line[i + 1]) && !isVeidPlaceholder(line + i))
+          return kBashStrNotAssignment;
         if (q == '\\') {
           // A backslash before the end of the line continues the quoted text on the next one.
           if (line[i + 1] == '\0') return kBashStrOpenQuote;
@@ -67,7 +77,7 @@ int scanValue(const char* line, unsigned long begin, unsigned long& end) {
       if (line[i + 1] == '\0') return kBashStrOpenQuote;
       i += 2;
     } else if (c == '$') {
-      if (!dollarIsLiteral(line[i + 1])) return kBashStrNotAssignment;
+      if (!dollarIsLiteral(line[i + 1]) && !isVeidPlaceholder(line + i)) return kBashStrNotAssignment;
       ++i;
     } else if (isUnquotedSpecial(c)) {
       return kBashStrNotAssignment;
@@ -121,12 +131,14 @@ void unquoteValue(char* line, unsigned long begin, unsigned long end) {
 //   escaped     = "\" any byte                                 -> that byte
 //   dollar      = "$" followed by the end of the word or one of % + , . / : = ] ^ } ~
 //                                                              -> "$"
+//               | "$VEID" not followed by a name character      -> "$VEID" (the placeholder)
 //   single      = "'" { any byte but "'" } "'"                 -> the bytes between
 //   double      = '"' { dq-byte | "\" any byte but 0x01 and 0x7f | dq-dollar } '"'
 //   dq-byte     = any byte but '"', "\", "$" and `
 //                 ("\" before '"', "\", "$" or ` gives that byte; before any other byte
 //                  both bytes stay)
 //   dq-dollar   = "$" followed by '"' or a byte allowed after `dollar`  -> "$"
+//               | the "$VEID" placeholder as above
 //
 // A "#" inside the value is a plain byte: bash starts a comment only at the start of a word.
 // Globbing characters (* ? [) are plain too, since bash does not expand them in assignments.

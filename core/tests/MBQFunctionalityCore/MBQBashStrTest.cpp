@@ -71,6 +71,9 @@ TEST(MBQBashStrTest, ReadsAssignmentsAsBashWould) {
       {"A=\"a$\"", "A", "a$", 2, 5},
       {"A=\"$ x$}\"", "A", "$ x$}", 2, 8},
       {"A='$HOME'\"\\$HOME\" ", "A", "$HOME$HOME", 2, 16},
+      // The container id placeholder is kept as written.
+      {"VE_ROOT=\"/vz/root/$VEID\"", "VE_ROOT", "/vz/root/$VEID", 8, 23},
+      {"VE_PRIVATE=/vz/private/$VEID/x", "VE_PRIVATE", "/vz/private/$VEID/x", 11, 29},
       {"A=\"~\"'~'", "A", "~~", 2, 7},
       // Bytes are bytes: control characters, a CR of a CRLF file, UTF-8.
       {"A=\x01\x7f\r", "A", "\x01\x7f\r", 2, 4},
@@ -214,8 +217,10 @@ class AssignmentGenerator {
         line.value += c;
         break;
       }
-      case 2: {  // a dollar sign that stays one
-        const std::string follower = last && pick(2) ? "" : std::string(1, kDollarFollowers[pick(10)]);
+      case 2: {  // a dollar sign that stays one, or the container id placeholder
+        const std::string follower = pick(4) == 0 ? std::string("VEID/")
+                                     : last && pick(2) ? ""
+                                                       : std::string(1, kDollarFollowers[pick(10)]);
         line.written += "$" + follower;
         line.value += "$" + follower;
         break;
@@ -296,7 +301,8 @@ std::string runBash(const std::string& bash, const std::string& script, const st
   if (fd < 0) return "";
   close(fd);
   std::ofstream(path, std::ios::binary) << script;
-  const std::string command = "env -i LC_ALL=" + locale + " " + bash + " --norc --noprofile " + path;
+  // The files' container id placeholder stands for itself, as the library reads it.
+  const std::string command = "env -i LC_ALL=" + locale + " VEID='$VEID' " + bash + " --norc --noprofile " + path;
   std::string output;
   if (FILE* pipe = popen(command.c_str(), "r")) {
     char chunk[4096];
