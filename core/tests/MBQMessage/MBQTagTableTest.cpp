@@ -32,6 +32,12 @@ constexpr int kUsedIds[] = {
 // Element names that records address by string, and the core records' own element names: a
 // tag with one of these names would make the cursor find the wrong element.
 const char* const kNamesUsedByString[] = {
+    // Generic records of the core.
+    "parent_eid", "status", "state", "since", "alert", "reason", "config", "virtual_config", "vt_name",
+    "vt_version", "settings_version", "os_name", "os_version", "hostname", "description", "nameserver",
+    "search_domain", "os", "architecture", "env_type", "platform", "ifname", "gateway", "gateway6", "dhcp",
+    "dhcp6", "mac", "device", "mount_point", "fs_type",
+    // The technology's records.
     "ctid", "netfilter", "ve_type", "wins_server", "ts_license_server", "ts_mode", "uuid",
     "allow_reboot", "interface_rate", "origin_sample", "features", "devnodes", "disk_list",
     "expanded", "client_ip", "client_port", "sve_eid", "lock_dir", "template_dir",
