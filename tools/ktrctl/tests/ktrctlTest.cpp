@@ -115,6 +115,87 @@ TEST_F(ktrctlTest, GlobalSetReplacesInterpretedAndRawKeys) {
   EXPECT_EQ("lockdir=/b\ntemplate=/vz/template\n", get.out);
 }
 
+const std::string kContainer = std::string(KTR_EXAMPLES_DIR) + "/containers/101.conf";
+
+TEST_F(ktrctlTest, GetPrintsWrittenValuesAndTellsKeysWithoutValue) {
+  const std::string path = file("101.conf", slurp(kContainer));
+  Outcome some = ktrctl({"get", path, "numproc", "Arch", "CPULIMIT", "IP_ADDRESS"});
+  EXPECT_EQ(0, some.exit) << some.err;
+  EXPECT_EQ("NUMPROC=\"240:240\"\nARCH=\"x86\"\nCPULIMIT=\"25.5\"\nIP_ADDRESS=\"10.0.0.101/24 10.0.0.102/24\"\n",
+            some.out);
+  Outcome unset = ktrctl({"get", path, "SLMMODE", "NAME"});
+  EXPECT_EQ(1, unset.exit);
+  EXPECT_EQ("NAME=\"web01\"\n", unset.out);
+  expectOneErrorLine(ktrctl({"get", path, "NO_SUCH_KEY"}));
+  Outcome all = ktrctl({"get", path});
+  EXPECT_EQ(0, all.exit);
+  EXPECT_NE(std::string::npos, all.out.find("VE_ROOT=\"/vz/root/$VEID\"\n")) << all.out;
+  EXPECT_EQ(std::string::npos, all.out.find("LOCAL_NOTE")) << "unknown keys are not the record's";
+}
+
+TEST_F(ktrctlTest, SetChangesOnlyTheGivenValuesAndKeepsEveryOtherLine) {
+  const std::string original = slurp(kContainer);
+  const std::string path = file("101.conf", original);
+  Outcome set = ktrctl({"set", path, "NUMPROC=300:310", "onboot=no"});
+  ASSERT_EQ(0, set.exit) << set.err;
+  std::string expected = original;
+  auto replace = [&expected](const std::string& from, const std::string& to) {
+    expected.replace(expected.find(from), from.size(), to);
+  };
+  replace("NUMPROC=\"240:240\"", "NUMPROC=\"300:310\"");
+  replace("ONBOOT=\"yes\"", "ONBOOT=\"no\"");
+  // Lines the record holds are rewritten with their values in the writer's form.
+  replace("VE_PRIVATE='/vz/private/$VEID'", "VE_PRIVATE=\"/vz/private/$VEID\"");
+  replace("IPTABLES=\"iptable_filter iptable_mangle ipt_REJECT\"", "IPTABLES=\"ipt_REJECT iptable_filter iptable_mangle\"");
+  EXPECT_EQ(expected, slurp(path));
+}
+
+TEST_F(ktrctlTest, FailedSetLeavesTheFileUntouched) {
+  const std::string original = slurp(kContainer);
+  const std::string path = file("101.conf", original);
+  for (const char* bad : {"NO_SUCH_KEY=1", "NUMPROC=many", "NUMPROC=1:x", "ONBOOT=1", "CPULIMIT=fast", "novalue"}) {
+    expectOneErrorLine(ktrctl({"set", path, "NAME=changed", bad}));
+    EXPECT_EQ(original, slurp(path)) << bad;
+  }
+}
+
+TEST_F(ktrctlTest, SetWithoutMergeWritesOnlyTheRecordsKeys) {
+  const std::string path = file("101.conf", slurp(kContainer));
+  ASSERT_EQ(0, ktrctl({"set", "--no-merge", path, "NAME=web09"}).exit);
+  const std::string text = slurp(path);
+  EXPECT_EQ(std::string::npos, text.find('#'));
+  EXPECT_EQ(std::string::npos, text.find("LOCAL_NOTE"));
+  EXPECT_NE(std::string::npos, text.find("NAME=\"web09\"\n"));
+}
+
+TEST_F(ktrctlTest, DiffListsChangedKeysAndExitsOne) {
+  const std::string a = file("a.conf", slurp(kContainer));
+  Outcome same = ktrctl({"diff", a, a});
+  EXPECT_EQ(0, same.exit);
+  EXPECT_EQ("", same.out);
+  ASSERT_EQ(0, ktrctl({"set", file("b.conf", slurp(kContainer)), "ONBOOT=no", "NUMPROC=1:2"}).exit);
+  Outcome changed = ktrctl({"diff", a, dir_ + "/b.conf"});
+  EXPECT_EQ(1, changed.exit);
+  EXPECT_EQ("ONBOOT=\"no\"\nNUMPROC=\"1:2\"\n", changed.out);
+}
+
+TEST_F(ktrctlTest, ReadPrintsTheTypedConfiguration) {
+  Outcome read = ktrctl({"read", kContainer});
+  EXPECT_EQ(0, read.exit) << read.err;
+  EXPECT_NE(std::string::npos, read.out.find("xsi:type=\"ktr:venv_configType\"")) << read.out;
+  EXPECT_NE(std::string::npos, read.out.find("<ktr:ve_root>/vz/root/$VEID</ktr:ve_root>")) << read.out;
+}
+
+TEST_F(ktrctlTest, MalformedFileIsOneErrorLineWithFileAndLine) {
+  const std::string path = file("bad.conf", "A=\"1\"\nNAME=\"open\nB=2\n");
+  Outcome read = ktrctl({"read", path});
+  expectOneErrorLine(read);
+  EXPECT_NE(std::string::npos, read.err.find(path + ": line 2")) << read.err;
+  expectOneErrorLine(ktrctl({"read", dir_ + "/absent.conf"}));
+  expectOneErrorLine(ktrctl({"--vocab", dir_ + "/absent.xml", "read", kContainer}));
+  expectOneErrorLine(ktrctl({"--vocab", file("v.xml", "<vocabulary>"), "read", kContainer}));
+}
+
 // Two writers on one file at once: both changes must land.
 TEST_F(ktrctlTest, ConcurrentSetsOnOneFileLoseNothing) {
   const std::string path = file("shared.conf", "# shared\n");

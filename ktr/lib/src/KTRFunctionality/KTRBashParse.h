@@ -206,8 +206,8 @@ template <class Record, int (Record::*Setter)(const MBQ::MBQOptionalProperty<std
           int (Record::*Getter)(MBQ::MBQOptionalProperty<std::set<std::string>>&) const>
 class KTRBashParseStringList
     : public KTRBashParseGenericList<Record, std::set<std::string>, Setter, Getter,
-                                     insert_iterator_simple<std::set<std::string>>, StringConverter,
-                                     StringConverter, spaceDelimiterProvider> {};
+                                     insert_iterator_simple<std::set<std::string>>, StringConverter, StringConverter,
+                                     spaceDelimiterProvider> {};
 
 // The platform of the container's OS description ("linux"). Reading changes the platform only,
 // keeping the description's name and version; writing fails when the description or its

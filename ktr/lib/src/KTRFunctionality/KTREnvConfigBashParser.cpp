@@ -165,8 +165,9 @@ using VectorOf = KTRBashParseGenericList<Record, std::vector<Item>, Setter, Gett
 
 template <int (KTREnvConfig::*Setter)(const MBQ::MBQOptionalProperty<NameValues>&),
           int (KTREnvConfig::*Getter)(MBQ::MBQOptionalProperty<NameValues>&) const>
-using NameValueMap = KTRBashParseGenericList<KTREnvConfig, NameValues, Setter, Getter, insert_iterator_simple<NameValues>,
-                                             Format::NameValue<':'>, Format::NameValue<':'>, spaceDelimiterProvider>;
+using NameValueMap =
+    KTRBashParseGenericList<KTREnvConfig, NameValues, Setter, Getter, insert_iterator_simple<NameValues>,
+                            Format::NameValue<':'>, Format::NameValue<':'>, spaceDelimiterProvider>;
 
 // The key under which a technology list is known, in template descriptions as here.
 const std::string kTechnologiesKey = "technologies";
@@ -175,52 +176,51 @@ KTREnvConfigBashParser::KeyTable buildKeyTable() {
   // The last pair is the end mark; it goes into the table too, where the empty key sorts
   // first, and the key order of getNext depends on it.
   static const Pair entries[32] = {
-      {"ve_root", make<KTRBashParseString<KTREnvConfig, std::string, &KTREnvConfig::setVERootVar,
-                                          &KTREnvConfig::getVERootVar>>()},
+      {"ve_root",
+       make<KTRBashParseString<KTREnvConfig, std::string, &KTREnvConfig::setVERootVar, &KTREnvConfig::getVERootVar>>()},
       {"ve_private", make<KTRBashParseString<KTREnvConfig, std::string, &KTREnvConfig::setVEPrivateVar,
                                              &KTREnvConfig::getVEPrivateVar>>()},
       {"features", make<NameValueMap<&KTREnvConfig::setFeatures, &KTREnvConfig::getFeatures>>()},
       {"devnodes", make<NameValueMap<&KTREnvConfig::setDevNodes, &KTREnvConfig::getDevNodes>>()},
-      {"offline_management",
-       make<KTRBashParseBool<KTREnvConfig, &KTREnvConfig::setOfflineManagement, &KTREnvConfig::getOfflineManagement>>()},
+      {"offline_management", make<KTRBashParseBool<KTREnvConfig, &KTREnvConfig::setOfflineManagement,
+                                                   &KTREnvConfig::getOfflineManagement>>()},
       {"onboot", make<KTRBashParseBool<KTREnvConfig, &KTREnvConfig::setOnBoot, &KTREnvConfig::getOnBoot>>()},
       {"disabled", make<KTRBashParseBool<MBQEnvConfig, &MBQEnvConfig::setDisabled, &MBQEnvConfig::getDisabled>>()},
       {"hostname", make<KTRBashParseStringNotEmpty<MBQEnvConfig, std::string, &MBQEnvConfig::setHostname,
                                                    &MBQEnvConfig::getHostname>>()},
       {"ostemplate",
        make<TextForm<KTREnvConfig, KTRTemplate, &KTREnvConfig::setOsTemplate, &KTREnvConfig::getOsTemplate>>()},
-      {"distribution", make<TextForm<KTREnvConfig, KTRDistribution, &KTREnvConfig::setDistribution,
-                                     &KTREnvConfig::getDistribution>>()},
+      {"distribution",
+       make<TextForm<KTREnvConfig, KTRDistribution, &KTREnvConfig::setDistribution, &KTREnvConfig::getDistribution>>()},
       {"nameserver", make<VectorOf<MBQEnvConfig, MBQIPAddress, &MBQEnvConfig::setNameservers,
                                    &MBQEnvConfig::getNameservers, AddressConverter, AddressConverter>>()},
-      {"ip_address", make<VectorOf<MBQEnvConfig, MBQIPAddress, &MBQEnvConfig::setAddresses,
-                                   &MBQEnvConfig::getAddresses, AddressConverter, AddressConverter>>()},
+      {"ip_address", make<VectorOf<MBQEnvConfig, MBQIPAddress, &MBQEnvConfig::setAddresses, &MBQEnvConfig::getAddresses,
+                                   AddressConverter, AddressConverter>>()},
       {"templates", make<VectorOf<KTREnvConfig, KTRTemplate, &KTREnvConfig::setTemplates, &KTREnvConfig::getTemplates,
                                   FromStringConverter<KTRTemplate>, ToStringConverter<KTRTemplate>>>()},
-      {"netif", make<VectorOf<KTREnvConfig, KTRNetVEth, &KTREnvConfig::setNetVEths, &KTREnvConfig::getNetVEths,
-                              FromStringConverter<KTRNetVEth>, ToStringConverter<KTRNetVEth>,
-                              semicolonDelimiterProvider>>()},
+      {"netif",
+       make<VectorOf<KTREnvConfig, KTRNetVEth, &KTREnvConfig::setNetVEths, &KTREnvConfig::getNetVEths,
+                     FromStringConverter<KTRNetVEth>, ToStringConverter<KTRNetVEth>, semicolonDelimiterProvider>>()},
       {"offline_service", make<KTRBashParseStringList<KTREnvConfig, &KTREnvConfig::setOfflineServices,
                                                       &KTREnvConfig::getOfflineServices>>()},
-      {"roles", make<KTRBashParseStringList<KTREnvConfig, &KTREnvConfig::setServerRoles,
-                                            &KTREnvConfig::getServerRoles>>()},
+      {"roles",
+       make<KTRBashParseStringList<KTREnvConfig, &KTREnvConfig::setServerRoles, &KTREnvConfig::getServerRoles>>()},
       {"iptables",
        make<KTRBashParseStringList<KTREnvConfig, &KTREnvConfig::setIPTables, &KTREnvConfig::getIPTables>>()},
       {"netfilter", make<KTRBashParseString<KTREnvConfig, std::string, &KTREnvConfig::setNetfilterMode,
                                             &KTREnvConfig::getNetfilterMode>>()},
-      {"name", make<KTRBashParseStringNotEmpty<MBQEnvConfig, std::string, &MBQEnvConfig::setName,
-                                               &MBQEnvConfig::getName>>()},
+      {"name",
+       make<KTRBashParseStringNotEmpty<MBQEnvConfig, std::string, &MBQEnvConfig::setName, &MBQEnvConfig::getName>>()},
       {"description", make<KTRBashParseStringNotEmpty<MBQEnvConfig, std::string, &MBQEnvConfig::setDescription,
                                                       &MBQEnvConfig::getDescription>>()},
-      {"searchdomain", make<KTRBashParseStringList<MBQEnvConfig, &MBQEnvConfig::setSearchDomains,
-                                                   &MBQEnvConfig::getSearchDomains>>()},
+      {"searchdomain",
+       make<KTRBashParseStringList<MBQEnvConfig, &MBQEnvConfig::setSearchDomains, &MBQEnvConfig::getSearchDomains>>()},
       {"rate", make<VectorOf<KTREnvConfig, MBQInterfaceRate, &KTREnvConfig::setRatesList, &KTREnvConfig::getRatesList,
                              FromStringConverter<MBQInterfaceRate>, ToStringConverter<MBQInterfaceRate>>>()},
-      {"slmmode", make<KTRBashParseString<KTREnvConfig, std::string, &KTREnvConfig::setSLMMode,
-                                          &KTREnvConfig::getSLMMode>>()},
+      {"slmmode",
+       make<KTRBashParseString<KTREnvConfig, std::string, &KTREnvConfig::setSLMMode, &KTREnvConfig::getSLMMode>>()},
       {"ve_type", make<TextForm<KTREnvConfig, KTRVPSType, &KTREnvConfig::setVEType, &KTREnvConfig::getVEType>>()},
-      {"uuid",
-       make<KTRBashParseString<KTREnvConfig, std::string, &KTREnvConfig::setUUID, &KTREnvConfig::getUUID>>()},
+      {"uuid", make<KTRBashParseString<KTREnvConfig, std::string, &KTREnvConfig::setUUID, &KTREnvConfig::getUUID>>()},
       {"origin_sample", make<KTRBashParseString<KTREnvConfig, std::string, &KTREnvConfig::setOriginSample,
                                                 &KTREnvConfig::getOriginSample>>()},
       {"ratebound", make<KTRBashParseBool<KTREnvConfig, &KTREnvConfig::setRateBound, &KTREnvConfig::getRateBound>>()},
@@ -457,7 +457,11 @@ int KTREnvConfigBashParser::ParameterParserGet::getNext(std::string& key) {
     }
     ++nextFixed_;
   }
-  if (nextResource_ == qosMap_.end()) return -1;
+  if (nextResource_ == qosMap_.end()) {
+    // Once over, the walk stays over, also when it ended before the fixed keys.
+    nextFixed_ = table.end();
+    return -1;
+  }
   key = (nextResource_++)->first;
   return 0;
 }

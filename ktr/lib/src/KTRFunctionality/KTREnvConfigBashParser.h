@@ -134,7 +134,8 @@ class KTR_EXPORT KTREnvConfigBashParser {
 
   // Writes `config` merged with the old text of the file (`old` may be null; `merge` false
   // ignores it). The addresses written are those of the record's first host-routed interface
-  // when it has one (updateIp). Returns 0, or -1 when the output stream failed.
+  // when it has one (updateIp). Returns serializeBashLikeConfig's result: 0, or -1 when the
+  // output stream failed or the old text could not be read in full.
   int putConfig(const KTREnvConfig& config, std::ostream& out, std::istream* old, bool merge) const;
 
   // Appends to `changes` a (lower-case key, new value text) pair for every key whose value in
