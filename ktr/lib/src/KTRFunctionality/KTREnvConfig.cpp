@@ -66,8 +66,14 @@ static_assert(sizeof(kElementOrder) / sizeof(kElementOrder[0]) == 32, "32 ranked
 using PositionTable = std::map<std::string, int>;
 std::atomic<const PositionTable*> positionTable{nullptr};
 
+// Frees the table when the library is unloaded (or the process ends), so that a library loaded
+// and unloaded again leaks nothing; a lookup after that rebuilds it.
+struct PositionTableOwner {
+  ~PositionTableOwner() { delete positionTable.exchange(nullptr); }
+} positionTableOwner;
+
 // Built without the lock; only publishing takes it, and a thread that loses the race drops its
-// copy. The table is never freed: lookups may run until the process ends.
+// copy.
 const PositionTable& positions() {
   if (const PositionTable* table = positionTable.load(std::memory_order_acquire)) return *table;
   auto local = std::make_unique<PositionTable>();
