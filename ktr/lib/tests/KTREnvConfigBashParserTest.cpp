@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include "KTRRecordTestSupport.h"
+
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -42,26 +44,7 @@ MBQ::MBQVocMapSP vocabularyOf(const std::string& text) {
   return vocabulary;
 }
 
-// Captures the logger's lines for the life of the object.
-class LogCapture {
- public:
-  LogCapture() : stream_(open_memstream(&buffer_, &size_)) { MBQ::Logger::setStream(stream_); }
-  ~LogCapture() {
-    MBQ::Logger::setStream(stderr);
-    std::fclose(stream_);
-    std::free(buffer_);
-  }
-  std::string text() {
-    MBQ::Logger::flush();
-    std::fflush(stream_);
-    return std::string(buffer_, size_);
-  }
-
- private:
-  char* buffer_ = nullptr;
-  std::size_t size_ = 0;
-  FILE* stream_;
-};
+using testing::LogCapture;
 
 class KTREnvConfigBashParserTest : public ::testing::Test {
  protected:

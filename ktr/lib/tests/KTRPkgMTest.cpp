@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "KTRRecordTestSupport.h"
+
 #include <memory>
 #include <string>
 #include <vector>
@@ -15,28 +17,8 @@ using Texts = std::vector<std::string>;
 
 // Writes records under an element "r" and reads them back from the message's text, so every
 // check goes through XML.
-class KTRPkgMTest : public ::testing::Test {
+class KTRPkgMTest : public testing::RecordTest {
  protected:
-  template <class T, class Writer = typename T::Writer>
-  std::string write(const T& record, const Writer& writer = Writer()) {
-    MBQ::MBQMessage message;
-    auto it = message.iterator();
-    EXPECT_EQ(0, it->addChildAndDescend("r"));
-    EXPECT_EQ(0, it->putObject(record, writer));
-    return message.toString();
-  }
-  // A cursor on "r" of the parsed text; the message stays alive with the fixture.
-  MBQ::MBQMessageIterator& at(const std::string& text) {
-    messages_.push_back(std::make_unique<MBQ::MBQMessage>());
-    EXPECT_EQ(0, messages_.back()->parse(text)) << text;
-    cursors_.push_back(messages_.back()->iterator());
-    EXPECT_EQ(0, cursors_.back()->descend("r")) << text;
-    return *cursors_.back();
-  }
-  template <class T, class Reader = typename T::Reader>
-  int read(const std::string& text, T& record, const Reader& reader = Reader()) {
-    return reader(at(text), record);
-  }
   // Edits a copy of the text: `path` leads from "r" to the element to change, whose child
   // `id` is removed (value nullptr) or given the text `value`.
   std::string edited(const std::string& text, const std::vector<std::pair<int, int>>& path, int id,
@@ -68,9 +50,6 @@ class KTRPkgMTest : public ::testing::Test {
     }
     return names;
   }
-
-  std::vector<std::unique_ptr<MBQ::MBQMessage>> messages_;
-  std::vector<std::unique_ptr<MBQ::MBQMessageIterator>> cursors_;
 };
 
 KTRPackage fullPackage() {

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "KTRRecordTestSupport.h"
+
 #include <algorithm>
 #include <cstring>
 #include <iterator>
@@ -21,34 +23,14 @@ using Texts = std::vector<std::string>;
 
 // Writes records under an element "r" and reads them back from the message's text, so every
 // check goes through XML.
-class KTRTEMTest : public ::testing::Test {
+class KTRTEMTest : public testing::RecordTest {
  protected:
-  template <class T, class Writer = typename T::Writer>
-  std::string write(const T& record, const Writer& writer = Writer()) {
-    MBQ::MBQMessage message;
-    auto it = message.iterator();
-    EXPECT_EQ(0, it->addChildAndDescend("r"));
-    EXPECT_EQ(0, it->putObject(record, writer));
-    return message.toString();
-  }
   std::string writeDerived(const MBQ::MBQPackage& package) {
     MBQ::MBQMessage message;
     auto it = message.iterator();
     EXPECT_EQ(0, it->addChildAndDescend("r"));
     EXPECT_EQ(0, MBQ::MBQWriterDerived<MBQ::MBQPackage>()(*it, package));
     return message.toString();
-  }
-  // A cursor on "r" of the parsed text; the message stays alive with the fixture.
-  MBQ::MBQMessageIterator& at(const std::string& text) {
-    messages_.push_back(std::make_unique<MBQ::MBQMessage>());
-    EXPECT_EQ(0, messages_.back()->parse(text)) << text;
-    cursors_.push_back(messages_.back()->iterator());
-    EXPECT_EQ(0, cursors_.back()->descend("r")) << text;
-    return *cursors_.back();
-  }
-  template <class T, class Reader = typename T::Reader>
-  int read(const std::string& text, T& record, const Reader& reader = Reader()) {
-    return reader(at(text), record);
   }
   int readDerived(const std::string& text, std::shared_ptr<MBQ::MBQPackage>& package) {
     return MBQ::MBQReaderDerivedValid<MBQ::MBQPackage>(false)(at(text), package);
@@ -91,9 +73,6 @@ class KTRTEMTest : public ::testing::Test {
     EXPECT_EQ(0, it.getSchemaType(type));
     return type;
   }
-
-  std::vector<std::unique_ptr<MBQ::MBQMessage>> messages_;
-  std::vector<std::unique_ptr<MBQ::MBQMessageIterator>> cursors_;
 };
 
 KTRPackageHQTemplate fullTemplate() {

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include "KTRRecordTestSupport.h"
+
 #include <map>
 #include <memory>
 #include <set>
@@ -19,28 +21,8 @@ using MBQ::MBQOptionalProperty;
 
 // Writes records under an element "r" and reads them back from the message's text, so every
 // check goes through XML.
-class KTRVtSettingsTest : public ::testing::Test {
+class KTRVtSettingsTest : public testing::RecordTest {
  protected:
-  template <class T, class Writer = typename T::Writer>
-  std::string write(const T& record, const Writer& writer = Writer()) {
-    MBQ::MBQMessage message;
-    auto it = message.iterator();
-    EXPECT_EQ(0, it->addChildAndDescend("r"));
-    EXPECT_EQ(0, it->putObject(record, writer));
-    return message.toString();
-  }
-  // A cursor on "r" of the parsed text; the message stays alive with the fixture.
-  MBQ::MBQMessageIterator& at(const std::string& text) {
-    messages_.push_back(std::make_unique<MBQ::MBQMessage>());
-    EXPECT_EQ(0, messages_.back()->parse(text)) << text;
-    cursors_.push_back(messages_.back()->iterator());
-    EXPECT_EQ(0, cursors_.back()->descend("r")) << text;
-    return *cursors_.back();
-  }
-  template <class T, class Reader = typename T::Reader>
-  int read(const std::string& text, T& record, const Reader& reader = Reader()) {
-    return reader(at(text), record);
-  }
   // Removes the first child with that id or name from the record's element, as a peer that
   // sends less would.
   template <class Key>
@@ -70,9 +52,6 @@ class KTRVtSettingsTest : public ::testing::Test {
     }
     return names;
   }
-
-  std::vector<std::unique_ptr<MBQ::MBQMessage>> messages_;
-  std::vector<std::unique_ptr<MBQ::MBQMessageIterator>> cursors_;
 };
 
 KTRVtSettings fullSettings() {
