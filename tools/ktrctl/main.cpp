@@ -18,7 +18,9 @@
 #include "KTRFunctionality/KTRVtSettings.h"
 #include "MBQCore/MBQError.h"
 #include "MBQCore/MBQString.h"
+#include "ktrctlCache.h"
 #include "ktrctlContainer.h"
+#include "ktrctlMsg.h"
 #include "ktrctlOutput.h"
 
 namespace {
@@ -39,6 +41,9 @@ const char* const kUsage =
     "  raw set FILE KEY=VALUE...     change keys of such a file atomically\n"
     "  global get FILE [KEY...]      the node's global configuration file, same conventions\n"
     "  global set FILE KEY=VALUE...\n"
+    "  cache stat|check [PATH]       the shared template cache (default: uploads folder)\n"
+    "  msg types|tags                the records the library exchanges; the tag table\n"
+    "  msg read [--as CLASS] FILE    read a message record and print it as written back\n"
     "\n"
     "Options:\n"
     "  --vocab FILE   the vocabulary (XML) to use; default: the built-in vocabulary\n"
@@ -196,5 +201,7 @@ int main(int argc, char** argv) {
   const std::string command = argv[at];
   const Args args(argv + at + 1, argv + argc);
   if (command == "raw" || command == "global") return mapCommand(options, command, args);
+  if (command == "msg") return ktrctl::msgCommand(options, args);
+  if (command == "cache") return ktrctl::cacheCommand(options, args);
   return ktrctl::containerCommand(options, command, args);
 }

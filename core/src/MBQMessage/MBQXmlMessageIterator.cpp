@@ -85,30 +85,36 @@ xmlNsPtr ensureNamespace(xmlDocPtr doc, xmlNodePtr node, const std::string& uri)
   return xmlNewNs(root, X(uri.c_str()), X(prefix.c_str()));
 }
 
-// "URI:local" from a QName-valued attribute, resolved at `node`; the local name alone when the
-// QName has no prefix and no default namespace is in scope.
-bool expandQName(xmlDocPtr doc, xmlNodePtr node, const char* qname, std::string& expanded) {
+// The namespace URI and local part of a QName-valued attribute, resolved at `node`; an empty URI
+// when the QName has no prefix and no default namespace is in scope. An unbound prefix fails.
+bool resolveQName(xmlDocPtr doc, xmlNodePtr node, const char* qname, std::string& uri, std::string& local) {
   const char* colon = std::strchr(qname, ':');
   std::string prefix = colon ? std::string(qname, colon) : std::string();
-  const char* local = colon ? colon + 1 : qname;
+  local = colon ? colon + 1 : qname;
   xmlNsPtr ns = xmlSearchNs(doc, node, prefix.empty() ? nullptr : X(prefix.c_str()));
   if (ns == nullptr) {
     if (!prefix.empty()) return false;
-    expanded = local;
+    uri.clear();
     return true;
   }
-  expanded = C(ns->href);
-  expanded += ':';
-  expanded += local;
+  uri = C(ns->href);
   return true;
 }
 
-bool readSchemaType(xmlDocPtr doc, xmlNodePtr node, std::string& type) {
+bool readSchemaTypeParts(xmlDocPtr doc, xmlNodePtr node, std::string& uri, std::string& local) {
   xmlChar* value = xmlGetNsProp(node, X("type"), X(kXsiNamespace));
   if (value == nullptr) return false;
-  bool ok = expandQName(doc, node, C(value), type);
+  bool ok = resolveQName(doc, node, C(value), uri, local);
   xmlFree(value);
   return ok;
+}
+
+// "URI:local", or the local part alone for a type in no namespace.
+bool readSchemaType(xmlDocPtr doc, xmlNodePtr node, std::string& type) {
+  std::string uri, local;
+  if (!readSchemaTypeParts(doc, node, uri, local)) return false;
+  type = uri.empty() ? local : uri + ":" + local;
+  return true;
 }
 
 void writeSchemaType(xmlDocPtr doc, xmlNodePtr node, const std::string& typeName, const std::string& uri) {
@@ -124,14 +130,8 @@ void writeSchemaType(xmlDocPtr doc, xmlNodePtr node, const std::string& typeName
 // After a deep copy, prefixes may differ from the source's, so QName-valued xsi:type attributes
 // are rewritten from the source's expanded names (the two subtrees have the same shape).
 void retargetSchemaTypes(xmlDocPtr sourceDoc, xmlNodePtr source, xmlDocPtr targetDoc, xmlNodePtr target) {
-  std::string expanded;
-  if (readSchemaType(sourceDoc, source, expanded)) {
-    std::string::size_type colon = expanded.rfind(':');
-    if (colon == std::string::npos)
-      writeSchemaType(targetDoc, target, expanded, std::string());
-    else
-      writeSchemaType(targetDoc, target, expanded.substr(colon + 1), expanded.substr(0, colon));
-  }
+  std::string uri, local;
+  if (readSchemaTypeParts(sourceDoc, source, uri, local)) writeSchemaType(targetDoc, target, local, uri);
   xmlNodePtr s = source->children;
   xmlNodePtr t = target->children;
   for (; s != nullptr && t != nullptr; s = s->next, t = t->next)

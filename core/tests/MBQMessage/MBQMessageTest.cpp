@@ -138,6 +138,21 @@ TEST(MBQMessageTest, SchemaTypeIsNamespaceQualifiedAndSurvivesImport) {
   EXPECT_EQ(std::string(kCoreTypesNamespace) + ":envType", type) << target.toString();
 }
 
+TEST(MBQMessageTest, ImportKeepsATypeWhoseLocalPartHoldsAColon) {
+  MBQMessage source;
+  ASSERT_EQ(0, source.parse("<m xmlns:xsi='http://www.w3.org/2001/XMLSchema-instance' xmlns:p='urn:p'>"
+                            "<a xsi:type='p:b:c'/></m>"));
+  MBQMessage target;
+  ASSERT_EQ(0, target.iterator()->importChildren(*source.iterator()));
+  MBQMessage reread;
+  ASSERT_EQ(0, reread.parse(target.toString())) << target.toString();
+  auto it = reread.iterator();
+  ASSERT_EQ(0, it->descend("a"));
+  std::string type;
+  ASSERT_EQ(0, it->getSchemaType(type));
+  EXPECT_EQ("urn:p:b:c", type);
+}
+
 TEST(MBQMessageTest, SchemaTypeFailuresAreReported) {
   MBQMessage message;
   ASSERT_EQ(0, message.parse("<r xmlns:xsi='http://www.w3.org/2001/XMLSchema-instance'>"

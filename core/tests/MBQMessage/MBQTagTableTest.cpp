@@ -44,12 +44,13 @@ const char* const kNamesUsedByString[] = {
     "no_offline_service", "qoses", "value_type", "connection", "disabled", "config_customized",
     "class_id", "host_routed", "standard", "product", "autoreboot", "check_period", "yum",
     "installed_version", "app_template", "base_url", "repository", "technology", "uptodate",
-    "net_device_id", "expire", "disk_space", "diks_inodes",
+    "net_device_id", "expire", "disk_space", "diks_inodes", "update",
     // option spellings, written as element names
     "automatic", "auto_download", "manual", "explorer", "custom", "no_proxy", "sunday", "monday",
     "tuesday", "wednesday", "thursday", "friday", "saturday", "hotfix", "servicepack", "version",
     // the core records' elements
-    "id", "barrier", "limit", "interface", "class", "rate", "message",
+    "id", "barrier", "limit", "interface", "class", "rate", "message", "clone_flags", "result", "log_level",
+    "cpu_user", "cpu_system", "cpu_idle",
 };
 
 std::vector<MBQTagEntry> table() {

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "KTRRecordTestSupport.h"
+#include "KTRRecordTesting.h"
 
 #include <stdio.h>
 #include <stdlib.h>

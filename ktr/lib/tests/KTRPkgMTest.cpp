@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "KTRRecordTestSupport.h"
+#include "KTRRecordTesting.h"
 
 #include <memory>
 #include <string>

@@ -194,6 +194,20 @@ TEST(KTRVocabularyTest, CheckRejectsWhatTheLibraryCannotUse) {
       {head + numproc + "</category><category><name>tune</name><parameter><name>f</name><type>1</type>"
                         "<formula>a</formula></parameter></category>" + tail,
        "parameter 'f': no formula message"},
+      // Formulas are parsed: the grammar, the names and the single multiple name all count.
+      {head + numproc + "</category><category><name>tune</name><parameter><name>f</name><type>1</type>"
+                        "<formula>(numproc)</formula><formula_info>m</formula_info></parameter></category>" + tail,
+       "invalid vocabulary: technology 'quellix', category 'tune', parameter 'f': formula '(numproc)' does not parse"},
+      {head + numproc + "</category><category><name>tune</name><parameter><name>g</name><type>1</type>"
+                        "<formula>numproc</formula><formula_info>m</formula_info></parameter><parameter><name>f</name>"
+                        "<type>2</type><formula>cpus &gt; 0</formula><formula_info>m</formula_info></parameter>"
+                        "</category>" + tail,
+       "parameter 'f': formula 'cpus > 0' does not parse"},
+      {head + numproc + "</category><category><name>tune</name><parameter><name>f</name><type>1</type>"
+                        "<formula>numproc.limit &gt; 0</formula><formula_info>m</formula_info></parameter>"
+                        "</category>" + tail,
+       "parameter 'f': formula 'numproc.limit > 0' does not parse"},
+      {head + numproc + "</category><category><name>tune</name></category>" + tail, nullptr},
   };
   for (const Case& c : cases) {
     MBQ::MBQVocMap vocabulary;

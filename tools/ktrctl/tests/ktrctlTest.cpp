@@ -227,4 +227,154 @@ TEST_F(ktrctlTest, ConcurrentSetsOnOneFileLoseNothing) {
     }
 }
 
+// ---------------------------------------------------------------- validate
+
+TEST_F(ktrctlTest, ValidatePassesTheShippedContainers) {
+  for (const char* name : {"101.conf", "102.conf"}) {
+    Outcome run = ktrctl({"validate", std::string(KTR_EXAMPLES_DIR) + "/containers/" + name});
+    EXPECT_EQ(0, run.exit) << name << ": " << run.out << run.err;
+    EXPECT_EQ("", run.out) << name;
+    EXPECT_EQ("", run.err) << name;
+  }
+}
+
+TEST_F(ktrctlTest, ValidatePrintsOneLinePerViolationAndExitsOne) {
+  Outcome run = ktrctl({"validate", std::string(KTR_EXAMPLES_DIR) + "/containers/103.conf"});
+  EXPECT_EQ(1, run.exit) << run.err;
+  EXPECT_EQ("", run.err);
+  EXPECT_EQ(
+      "101: QOS.soft <= QOS.hard: numfile: The barrier of a resource is above its limit.\n"
+      "201: kmemsize.soft >= 40kb * avnumproc + dcachesize.hard: kmemsize,dcachesize,avnumproc: The kmemsize barrier "
+      "must hold 40 KB for each average process plus the dcachesize limit.\n"
+      "301: tcpsndbuf.hard - tcpsndbuf.soft >= 2.5kb * numtcpsock.hard: numtcpsock,tcpsndbuf: The tcpsndbuf limit "
+      "must exceed its barrier by 2.5 KB for each TCP socket.\n"
+      "501: numfile.soft >= 32 * avnumproc: avnumproc,numfile: The numfile barrier must allow 32 open files for each "
+      "average process.\n",
+      run.out);
+}
+
+TEST_F(ktrctlTest, ValidateUsesTheGivenVocabulary) {
+  const std::string head =
+      "<vocabulary><technology><name>quellix</name><category><name>qos</name>"
+      "<parameter><name>numproc</name><value_type>2</value_type><complexity>1</complexity></parameter>"
+      "<parameter><name>numfile</name><value_type>2</value_type><complexity>1</complexity></parameter>"
+      "</category><category><name>tune</name>";
+  const std::string tail = "</category></technology></vocabulary>";
+  const std::string conf = file("c.conf", "NUMPROC=\"10:20\"\nNUMFILE=\"5\"\nSLMMODE=\"ub\"\n");
+  const std::string strict = file("strict.xml", head +
+                                                    "<parameter><name>f</name><type>7</type><formula>numfile &gt;= "
+                                                    "numproc.hard</formula><formula_info>few files</formula_info>"
+                                                    "</parameter>" + tail);
+  Outcome run = ktrctl({"--vocab", strict, "validate", conf});
+  EXPECT_EQ(1, run.exit) << run.err;
+  EXPECT_EQ("7: numfile >= numproc.hard: numproc,numfile: few files\n", run.out);
+
+  // A container in SLM mode "slm" is checked for its memory limit alone.
+  const std::string slm = file("slm.conf", "NUMPROC=\"10:20\"\nNUMFILE=\"5\"\nSLMMODE=\"slm\"\n");
+  run = ktrctl({"--vocab", strict, "validate", slm});
+  EXPECT_EQ(1, run.exit) << run.err;
+  EXPECT_EQ("SLMMODE is slm but SLMMEMORYLIMIT is not set\n", run.out);
+
+  // Unusable vocabularies and files: one error line each.
+  const char* const unusable[] = {
+      "<vocabulary><technology><name>quellix</name></technology></vocabulary>",  // no categories
+      "<vocabulary>",                                                              // not XML
+  };
+  for (const char* text : unusable) expectOneErrorLine(ktrctl({"--vocab", file("u.xml", text), "validate", conf}));
+  Outcome noFormulas = ktrctl({"--vocab", file("n.xml", head + tail), "validate", conf});
+  expectOneErrorLine(noFormulas);
+  EXPECT_NE(std::string::npos, noFormulas.err.find("can not read FORMULAE")) << noFormulas.err;
+  Outcome unparsable = ktrctl(
+      {"--vocab",
+       file("p.xml", head + "<parameter><name>f</name><type>1</type><formula>(numproc)</formula>"
+                            "<formula_info>m</formula_info></parameter>" + tail),
+       "validate", conf});
+  expectOneErrorLine(unparsable);
+  EXPECT_NE(std::string::npos, unparsable.err.find("formula '(numproc)' does not parse")) << unparsable.err;
+  Outcome absent = ktrctl({"--vocab", strict, "validate", file("a.conf", "NUMPROC=\"10:20\"\n")});
+  expectOneErrorLine(absent);
+  EXPECT_NE(std::string::npos, absent.err.find("parameter 'numfile' is absent")) << absent.err;
+  expectOneErrorLine(ktrctl({"validate", file("none.conf", "HOSTNAME=\"h\"\n")}));
+  expectOneErrorLine(ktrctl({"validate", dir_ + "/absent.conf"}));
+  expectOneErrorLine(ktrctl({"validate"}));
+}
+
+// ---------------------------------------------------------------- msg
+
+const char* const kUpdateNs = "http://www.srn-agent.org/webservices/ktr/4.0.0/ktrup2date";
+
+std::string typedRoot(const std::string& type, const std::string& body) {
+  return std::string("<update xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\" xmlns:u=\"") + kUpdateNs +
+         "\" xsi:type=\"u:" + type + "\">" + body + "</update>";
+}
+
+TEST_F(ktrctlTest, MsgTypesListsEveryRecordFamilyAndTagsAreInIdOrder) {
+  Outcome types = ktrctl({"msg", "types"});
+  ASSERT_EQ(0, types.exit) << types.err;
+  for (const char* line : {"KTRUpdate\tupdateType\thttp://www.srn-agent.org/webservices/ktr/4.0.0/ktrup2date\n",
+                           "KTRMigratorCloneOptions\tclone_optionsType\t", "KTREnvConfig\tvenv_configType\t",
+                           "KTRNetVEth\tnet_vethType\t", "KTRQuotaStats\t-\t", "KTRNetConfiguration\t-\t",
+                           "KTRUGIDQuotaInfo\t-\t", "KTRPackageHQTemplate\tpackage_hqtemplateType\t",
+                           "HardDisk::List::HqFS\tct_hqfs\t", "KTRUpdateConfig\t-\t"})
+    EXPECT_NE(std::string::npos, types.out.find(line)) << line;
+
+  Outcome tags = ktrctl({"msg", "tags"});
+  ASSERT_EQ(0, tags.exit) << tags.err;
+  std::istringstream lines(tags.out);
+  int previous = 0;
+  int count = 0;
+  int id = 0;
+  std::string name;
+  while (lines >> id >> name) {
+    EXPECT_LT(previous, id) << name;
+    previous = id;
+    ++count;
+  }
+  EXPECT_GT(count, 100);
+  EXPECT_NE(std::string::npos, ("\n" + tags.out).find("\n1002 veid\n"));
+}
+
+TEST_F(ktrctlTest, MsgReadChoosesTheClassByTypeAndRoundTrips) {
+  const std::string first = file(
+      "u.xml", typedRoot("os_template_updateType",
+                         "<name>centos</name><app_template xsi:type=\"u:app_template_updateType\"><name>mysql</name>"
+                         "</app_template>"));
+  Outcome run = ktrctl({"msg", "read", first});
+  ASSERT_EQ(0, run.exit) << run.err;
+  EXPECT_NE(std::string::npos, run.out.find("os_template_updateType"));
+  EXPECT_NE(std::string::npos, run.out.find("app_template_updateType"));
+  EXPECT_NE(std::string::npos, run.out.find("mysql"));
+  // What msg read prints reads back to the same text.
+  Outcome again = ktrctl({"msg", "read", file("again.xml", run.out)});
+  ASSERT_EQ(0, again.exit) << again.err;
+  EXPECT_EQ(run.out, again.out);
+
+  // --as overrides the declared type: the record is read and written as the class named.
+  Outcome as = ktrctl({"msg", "read", "--as", "KTRSystemUpdate", first});
+  ASSERT_EQ(0, as.exit) << as.err;
+  EXPECT_NE(std::string::npos, as.out.find("system_updateType"));
+  EXPECT_EQ(std::string::npos, as.out.find("mysql"));
+
+  Outcome stats = ktrctl(
+      {"msg", "read", "--as", "KTRUbc", file("ubc.xml", "<ubc><name>kmemsize</name><usage>12</usage></ubc>")});
+  ASSERT_EQ(0, stats.exit) << stats.err;
+  EXPECT_NE(std::string::npos, stats.out.find("<usage>12</usage>"));
+}
+
+TEST_F(ktrctlTest, MsgReadFailuresGiveOneErrorLine) {
+  const std::string untyped = file("r.xml", "<r><type><patch/></type></r>");
+  Outcome failing = ktrctl({"msg", "read", "--as", "KTRSystemUpdate", untyped});
+  expectOneErrorLine(failing);
+  EXPECT_NE(std::string::npos, failing.err.find("status -1")) << failing.err;
+  expectOneErrorLine(ktrctl({"msg", "read", untyped}));  // no declared type
+  expectOneErrorLine(ktrctl({"msg", "read", file("t.xml", typedRoot("future_updateType", ""))}));
+  expectOneErrorLine(ktrctl({"msg", "read", "--as", "NoSuchRecord", untyped}));
+  expectOneErrorLine(ktrctl({"msg", "read", "--as", "KTRUbc", file("m.xml", "<r><name>")}));
+  expectOneErrorLine(ktrctl({"msg", "read", dir_ + "/absent.xml"}));
+  expectOneErrorLine(ktrctl({"msg", "read"}));
+  expectOneErrorLine(ktrctl({"msg", "read", "--as"}));
+  expectOneErrorLine(ktrctl({"msg", "frobnicate"}));
+  expectOneErrorLine(ktrctl({"msg"}));
+}
+
 }  // namespace

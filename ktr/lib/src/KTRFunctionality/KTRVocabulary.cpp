@@ -4,9 +4,11 @@
 #include <memory>
 #include <utility>
 
+#include "KTRFunctionality/KTRQoSTune.h"
 #include "MBQCore/MBQError.h"
 #include "MBQCore/MBQLogger.h"
 #include "MBQCore/MBQString.h"
+#include "MBQFunctionalityCore/MBQEnvConfig.h"
 
 namespace KTR {
 
@@ -97,6 +99,28 @@ int checkFormulas(const MBQ::MBQVocCategory& formulas) {
   return 0;
 }
 
+// Parses every formula as the validation will, so that a bad one is refused when the
+// vocabulary is loaded rather than failing every later validation.
+int parseFormulas(const MBQ::MBQVocMap& vocabulary, const MBQ::MBQVocCategory& formulas) {
+  const MBQ::MBQVEnvConfig noConfig;
+  // The checker only reads the vocabulary and does not outlive this call: no ownership.
+  KTRQVTune tune(noConfig, std::shared_ptr<const MBQ::MBQVocMap>(std::shared_ptr<void>(), &vocabulary));
+  if (tune.init() == 0) return 0;
+  const std::string why = MBQ::getErrorMessage();
+  // A failed init keeps the parameter index, so the culprit can be named by parsing again.
+  if (why.rfind("can not parse formula", 0) == 0) {
+    MBQ::MBQVocIterator it = formulas.iterator();
+    for (int rc = it.first(); rc == 0; rc = it.next()) {
+      std::string text;
+      it->getValue(kFormulaTag, text);
+      KTRQVPolishNotation parsed;
+      if (tune.formFormula(text, parsed) != 0)
+        return fail(parameterWhere(formulas, *it), "formula '" + text + "' does not parse");
+    }
+  }
+  return fail("technology '" + formulas.getTechnology() + "', category '" + formulas.getName() + "'", why);
+}
+
 struct BuiltIn {
   std::string text;
   MBQ::MBQVocMapSP vocabulary;
@@ -138,6 +162,8 @@ int checkVocabulary(const MBQ::MBQVocMap& vocabulary) {
   if (checkResources(*resources) != 0) return -1;
   MBQ::MBQVocCategorySP formulas = vocabulary.readCategory({kTechnology, MBQ::MBQVocMap::kFormulasCategory});
   if (formulas && checkFormulas(*formulas) != 0) return -1;
+  // An empty category has nothing to parse; validation will say it cannot read the formulas.
+  if (formulas && formulas->size() != 0 && parseFormulas(vocabulary, *formulas) != 0) return -1;
   MBQ::clearErrorMessage();
   return 0;
 }

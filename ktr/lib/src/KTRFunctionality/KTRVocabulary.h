@@ -26,8 +26,10 @@ KTR_EXPORT const std::string& defaultVocabularyText();
 // - no "qos" parameter is named "QOS", the name formulas use for every resource;
 // - if the technology has a category "tune", each of its formulas has an integer id
 //   (tag 1007), a formula text (tag 1307) and a message (tag 1302); formulas without one of
-//   them would otherwise be skipped without a word.
-// Formula texts are not parsed here. 0 when all holds; -1 with the error text
+//   them would otherwise be skipped without a word;
+// - every formula parses (KTRQVTune::formFormula: the grammar, known parameter names, at most
+//   one multiple name), and the parameters are few enough to be indexed.
+// 0 when all holds; -1 with the error text
 // "invalid vocabulary: <where>: <what>" naming the first problem.
 KTR_EXPORT int checkVocabulary(const MBQ::MBQVocMap& vocabulary);
 

@@ -1,8 +1,7 @@
 #pragma once
 
-// What the record tests share: writing a record under an element "r" of a message and reading
-// it back from the message's text, so that every check goes through XML; and capturing the
-// logger's lines.
+// What the record tests share: a fixture that writes records under an element "r" and reads
+// them back from the message's text, so every check goes through XML; and a logger capture.
 
 #include <gtest/gtest.h>
 
@@ -20,15 +19,23 @@ namespace testing {
 
 class RecordTest : public ::testing::Test {
  protected:
+  using Texts = std::vector<std::string>;
+
+  // The record written into a fresh message, as text; `rc` receives the writer's result
+  // (without it the writer must succeed).
   template <class T, class Writer = typename T::Writer>
-  std::string write(const T& record, const Writer& writer = Writer()) {
+  std::string write(const T& record, int* rc = nullptr, const Writer& writer = Writer()) {
     MBQ::MBQMessage message;
     auto it = message.iterator();
     EXPECT_EQ(0, it->addChildAndDescend("r"));
-    EXPECT_EQ(0, it->putObject(record, writer));
+    const int result = it->putObject(record, writer);
+    if (rc != nullptr)
+      *rc = result;
+    else
+      EXPECT_EQ(0, result);
     return message.toString();
   }
-  // A cursor on "r" of the parsed text; the message stays alive with the fixture.
+  // A cursor on "r" of the parsed text; the message lives as long as the fixture.
   MBQ::MBQMessageIterator& at(const std::string& text) {
     messages_.push_back(std::make_unique<MBQ::MBQMessage>());
     EXPECT_EQ(0, messages_.back()->parse(text)) << text;
@@ -39,6 +46,24 @@ class RecordTest : public ::testing::Test {
   template <class T, class Reader = typename T::Reader>
   int read(const std::string& text, T& record, const Reader& reader = Reader()) {
     return reader(at(text), record);
+  }
+  // A document whose element "r" holds `body`.
+  static std::string doc(const std::string& body) { return "<message><r>" + body + "</r></message>"; }
+  static Texts childNames(const MBQ::MBQMessageIterator& it) {
+    Texts names;
+    if (it.descendFirst() == 0) {
+      do names.push_back(it.getName());
+      while (it.nextSibling() == 0);
+      it.up();
+    }
+    return names;
+  }
+  // The first occurrence of `from` replaced; the test fails when there is none.
+  static std::string replaced(std::string text, const std::string& from, const std::string& to) {
+    const auto pos = text.find(from);
+    EXPECT_NE(std::string::npos, pos) << from;
+    if (pos != std::string::npos) text.replace(pos, from.size(), to);
+    return text;
   }
 
  private:

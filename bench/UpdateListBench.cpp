@@ -1,0 +1,109 @@
+// A list of 1,000 updates of every kind (each template update carrying 5 application updates)
+// read from XML text and written back to text through the derived readers and writers, versus
+// parsing and serialising the same text with bare libxml2. The ratio of the two is what
+// choosing each entry's class and running its codec costs.
+#include <benchmark/benchmark.h>
+#include <libxml/parser.h>
+#include <libxml/tree.h>
+
+#include <memory>
+#include <string>
+
+#include "KTRFunctionality/KTRUp2date.h"
+#include "MBQMessage/MBQMessage.h"
+
+namespace {
+
+constexpr int kEntries = 1000;
+constexpr int kAppsPerTemplate = 5;
+
+template <class T>
+std::shared_ptr<T> filled(int i) {
+  auto update = std::make_shared<T>();
+  update->setName(std::string("update-") + std::to_string(i));
+  update->setKey(std::string("key-") + std::to_string(i));
+  update->setSize(1024LL * i);
+  update->setFlag(i % 3 == 0);
+  update->setRelease(std::string("1.") + std::to_string(i % 17));
+  if (i % 2) update->setInstalledVersion(std::string("1.0"));
+  return update;
+}
+
+template <class T>
+std::shared_ptr<T> templateUpdate(int i) {
+  auto update = filled<T>(i);
+  KTR::KTRUpdateList apps;
+  for (int a = 0; a < kAppsPerTemplate; ++a) apps.push_back(filled<KTR::KTRAppTemplateUpdate>(i * 10 + a));
+  update->setAppTemplates(apps);
+  return update;
+}
+
+KTR::KTRUpdateList makeList() {
+  KTR::KTRUpdateList list;
+  for (int i = 0; i < kEntries; ++i) {
+    switch (i % 8) {
+      case 0: list.push_back(filled<KTR::KTRUpdate>(i)); break;
+      case 1: {
+        auto system = filled<KTR::KTRSystemUpdate>(i);
+        system->setUpdateType(KTR::KTRSystemUpdate::Hotfix);
+        system->setText1(std::string("kb") + std::to_string(i));
+        list.push_back(system);
+        break;
+      }
+      case 2: {
+        auto windows = filled<KTR::KTRWindowsSystemUpdate>(i);
+        windows->setUpdateType(KTR::KTRSystemUpdate::ServicePack);
+        windows->setProduct(std::string("server"));
+        list.push_back(windows);
+        break;
+      }
+      case 3: list.push_back(filled<KTR::KTRSRNUpdate>(i)); break;
+      case 4: list.push_back(filled<KTR::KTRAppTemplateUpdate>(i)); break;
+      case 5: list.push_back(templateUpdate<KTR::KTRTemplateUpdate>(i)); break;
+      case 6: list.push_back(templateUpdate<KTR::KTROsTemplateUpdate>(i)); break;
+      default: list.push_back(templateUpdate<KTR::KTREzTemplateUpdate>(i)); break;
+    }
+  }
+  return list;
+}
+
+std::string writeList(const KTR::KTRUpdateList& list) {
+  MBQ::MBQMessage message;
+  if (KTR::KTRUpdateList::Writer()(*message.iterator(), list) != 0) return std::string();
+  return message.toString();
+}
+
+void BM_UpdateListThroughText(benchmark::State& state) {
+  const std::string text = writeList(makeList());
+  for (auto _ : state) {
+    MBQ::MBQMessage parsed;
+    if (parsed.parse(text) != 0) state.SkipWithError("parse failed");
+    KTR::KTRUpdateList list;
+    KTR::KTRUpdateList::Reader()(*parsed.iterator(), list);
+    if (list.size() != static_cast<std::size_t>(kEntries)) state.SkipWithError("read failed");
+    const std::string again = writeList(list);
+    if (again.size() != text.size()) state.SkipWithError("write differs");
+    benchmark::DoNotOptimize(again.data());
+  }
+  state.SetItemsProcessed(state.iterations() * kEntries);
+  state.counters["bytes"] = static_cast<double>(text.size());
+}
+BENCHMARK(BM_UpdateListThroughText)->Unit(benchmark::kMillisecond);
+
+void BM_BareLibxml2ParseAndSerialise(benchmark::State& state) {
+  const std::string text = writeList(makeList());
+  for (auto _ : state) {
+    xmlDocPtr doc = xmlReadMemory(text.data(), static_cast<int>(text.size()), nullptr, "UTF-8", XML_PARSE_NONET);
+    xmlChar* out = nullptr;
+    int length = 0;
+    xmlDocDumpFormatMemoryEnc(doc, &out, &length, "UTF-8", 0);
+    benchmark::DoNotOptimize(out);
+    xmlFree(out);
+    xmlFreeDoc(doc);
+  }
+  state.SetItemsProcessed(state.iterations() * kEntries);
+  state.counters["bytes"] = static_cast<double>(text.size());
+}
+BENCHMARK(BM_BareLibxml2ParseAndSerialise)->Unit(benchmark::kMillisecond);
+
+}  // namespace

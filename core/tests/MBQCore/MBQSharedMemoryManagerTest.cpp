@@ -1,0 +1,346 @@
+#include "MBQCore/MBQSharedMemoryManager.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <iterator>
+#include <map>
+#include <random>
+#include <vector>
+
+namespace MBQ {
+namespace {
+
+using FreeList = std::vector<std::pair<std::uint64_t, std::uint64_t>>;  // offset, units
+
+// A heap in an aligned buffer, with raw access to its bytes.
+class Heap {
+ public:
+  explicit Heap(std::size_t size) : size_(size), memory_(static_cast<char*>(std::aligned_alloc(4096, size))) {
+    std::memset(memory_, 0, size);
+    manager()->construct(77, size);
+  }
+  ~Heap() { std::free(memory_); }
+  MBQSharedMemoryManager* manager() { return reinterpret_cast<MBQSharedMemoryManager*>(memory_); }
+  std::uint64_t word(std::uint64_t offset) const {
+    std::uint64_t value;
+    std::memcpy(&value, memory_ + offset, 8);
+    return value;
+  }
+  std::uint64_t offsetOf(const void* p) const { return static_cast<const char*>(p) - memory_; }
+  void* at(std::uint64_t offset) { return memory_ + offset; }
+  // The free list read from the bytes: (offset, units) in list order.
+  FreeList freeList() const {
+    FreeList list;
+    std::uint64_t offset = word(0);
+    while (offset != 0 && list.size() < size_ / 16) {
+      list.emplace_back(offset, word(offset + 8));
+      offset = offset + word(offset);
+    }
+    return list;
+  }
+  std::vector<char> bytes() const { return std::vector<char>(memory_, memory_ + size_); }
+  std::size_t size() const { return size_; }
+
+ private:
+  std::size_t size_;
+  char* memory_;
+};
+
+TEST(MBQSharedMemoryManagerTest, NewHeapHoldsOneFreeBlockAfterTheRoundedHeader) {
+  Heap heap(8192);
+  EXPECT_EQ(80u, heap.word(0));   // head: the block at 80, relative to offset 0
+  EXPECT_EQ(1u, heap.word(8));    // sentinel size
+  EXPECT_EQ(80u, heap.word(16));  // used
+  EXPECT_EQ(8192u, heap.word(24));
+  EXPECT_EQ(80u, heap.word(32));
+  EXPECT_EQ((FreeList{{80, 507}}), heap.freeList());
+  EXPECT_TRUE(heap.manager()->isInitialized(8192));
+  std::vector<std::string> problems;
+  EXPECT_EQ(0, heap.manager()->check(8192, problems)) << problems.front();
+}
+
+TEST(MBQSharedMemoryManagerTest, TheFirstSnapshotBlockIsCutFromTheTail) {
+  Heap heap(8192);
+  void* data = heap.manager()->allocate(284);
+  EXPECT_EQ(7904u, heap.offsetOf(data));
+  EXPECT_EQ(19u, heap.word(7888 + 8));
+  EXPECT_EQ(384u, heap.manager()->getUsed());
+  EXPECT_EQ((FreeList{{80, 488}}), heap.freeList());
+}
+
+TEST(MBQSharedMemoryManagerTest, RefusedAllocationsLeaveTheHeapAlone) {
+  Heap heap(8192);
+  const std::vector<char> before = heap.bytes();
+  EXPECT_EQ(nullptr, heap.manager()->allocate(0));
+  EXPECT_EQ(nullptr, heap.manager()->allocate(8192 - 80 - 16 + 1));  // above total - used - 16
+  EXPECT_EQ(nullptr, heap.manager()->allocate(std::size_t(-1)));
+  EXPECT_TRUE(before == heap.bytes());
+  // Exactly total - used - 16 passes the size test and takes the whole block.
+  void* all = heap.manager()->allocate(8192 - 80 - 16);
+  ASSERT_NE(nullptr, all);
+  EXPECT_TRUE(heap.freeList().empty());
+  EXPECT_EQ(8192u, heap.manager()->getUsed());
+}
+
+TEST(MBQSharedMemoryManagerTest, ChoosesTheQuarterShortcutElseTheSmallestEarliestFit) {
+  struct Case {
+    const char* name;
+    std::vector<std::uint64_t> freeUnits;
+    std::size_t request;
+    std::size_t chosenIndex;  // which free block gives the memory
+    bool split;
+  };
+  const Case cases[] = {
+      // needed = 10 units (144 bytes + header)
+      {"quarter shortcut takes the first close fit", {40, 12, 11}, 144, 1, true},
+      {"a block of exactly needed + 1 is taken whole", {11}, 144, 0, false},
+      {"no close fit: the smallest fitting block", {40, 30, 20, 30}, 144, 2, true},
+      {"equal smallest blocks: the earlier one", {30, 20, 20}, 144, 1, true},
+      {"blocks too small are skipped", {5, 9, 10}, 144, 2, false},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    Heap heap(65536);
+    MBQSharedMemoryManager& m = *heap.manager();
+    std::vector<void*> frees;
+    // Blocks are cut from the tail, so allocating in reverse gives the free blocks in address order.
+    for (auto units = c.freeUnits.rbegin(); units != c.freeUnits.rend(); ++units) {
+      frees.push_back(m.allocate((*units - 1) * 16));
+      ASSERT_NE(nullptr, m.allocate(16));  // a used separator
+    }
+    void* rest = m.allocate(8192);  // keep the tail busy, then take all that remains
+    ASSERT_NE(nullptr, rest);
+    while (!heap.freeList().empty()) ASSERT_NE(nullptr, m.allocate(16));
+    for (void* p : frees) m.deallocate(p);
+    const FreeList before = heap.freeList();
+    ASSERT_EQ(c.freeUnits.size(), before.size());
+    void* got = m.allocate(c.request);
+    ASSERT_NE(nullptr, got);
+    const auto chosen = before[c.chosenIndex];
+    if (c.split) {
+      EXPECT_EQ(chosen.first + (chosen.second - 10) * 16 + 16, heap.offsetOf(got));
+      EXPECT_EQ(before.size(), heap.freeList().size());
+    } else {
+      EXPECT_EQ(chosen.first + 16, heap.offsetOf(got));
+      EXPECT_EQ(before.size() - 1, heap.freeList().size());
+    }
+  }
+}
+
+TEST(MBQSharedMemoryManagerTest, FreeingAdjacentBlocksInAnyOrderLeavesOneBlock) {
+  std::vector<int> order = {0, 1, 2, 3};
+  do {
+    Heap heap(8192);
+    MBQSharedMemoryManager& m = *heap.manager();
+    void* tail = m.allocate(8192 - 80 - 16 - 4 * 64);  // the rest stays busy at the end
+    ASSERT_NE(nullptr, tail);
+    (void)tail;
+    void* blocks[4];
+    for (void*& b : blocks) ASSERT_NE(nullptr, b = m.allocate(48));
+    EXPECT_TRUE(heap.freeList().empty());
+    for (int i : order) m.deallocate(blocks[i]);
+    EXPECT_EQ((FreeList{{80, 16}}), heap.freeList());
+    std::vector<std::string> problems;
+    EXPECT_EQ(0, m.check(8192, problems));
+  } while (std::next_permutation(order.begin(), order.end()));
+}
+
+TEST(MBQSharedMemoryManagerTest, GrowMergesWithAFreeBlockAtTheOldEnd) {
+  Heap heap(16384);
+  std::memset(heap.at(8192), 0xEE, 8192);  // growth must not depend on what lies beyond
+  MBQSharedMemoryManager& m = *reinterpret_cast<MBQSharedMemoryManager*>(heap.at(0));
+  m.construct(77, 8192);
+  m.grow(8192);
+  EXPECT_EQ(16384u, m.getSize());
+  EXPECT_EQ(80u, m.getUsed());
+  EXPECT_EQ((FreeList{{80, (16384 - 80) / 16}}), heap.freeList());
+
+  void* last = m.allocate(16384 - 80 - 16);  // all of it busy: the growth stands alone
+  ASSERT_NE(nullptr, last);
+  (void)last;
+  Heap bigger(32768);
+  MBQSharedMemoryManager& n = *bigger.manager();
+  n.construct(77, 8192);
+  void* all = n.allocate(8192 - 80 - 16);
+  ASSERT_NE(nullptr, all);
+  (void)all;
+  n.grow(4096);
+  EXPECT_EQ((FreeList{{8192, 256}}), bigger.freeList());
+}
+
+// The allocator's rules replayed on a plain sorted list of free blocks.
+class Model {
+ public:
+  Model(std::uint64_t lower, std::uint64_t total) : used_(lower), total_(total) { free_[lower] = (total - lower) / 16; }
+  // Returns the data offset, or 0.
+  std::uint64_t allocate(std::size_t size) {
+    if (size == 0 || total_ - used_ < 16 || total_ - used_ - 16 < size) return 0;
+    const std::uint64_t needed = static_cast<std::uint64_t>(std::ceil(size / 16.0)) + 1;
+    auto best = free_.end();
+    for (auto it = free_.begin(); it != free_.end(); ++it) {
+      if (it->second < needed) continue;
+      if ((it->second - needed) * 4 <= it->second) {
+        best = it;
+        break;
+      }
+      if (best == free_.end() || best->second > it->second) best = it;
+    }
+    if (best == free_.end()) return 0;
+    std::uint64_t block;
+    if (best->second > needed + 1) {
+      best->second -= needed;
+      block = best->first + best->second * 16;
+    } else {
+      block = best->first;
+      needed_[block] = best->second;
+      used_ += best->second * 16;
+      free_.erase(best);
+      return block + 16;
+    }
+    needed_[block] = needed;
+    used_ += needed * 16;
+    return block + 16;
+  }
+  void deallocate(std::uint64_t data) {
+    const std::uint64_t block = data - 16;
+    std::uint64_t units = needed_[block];
+    needed_.erase(block);
+    used_ -= units * 16;
+    auto next = free_.lower_bound(block);
+    std::uint64_t start = block;
+    if (next != free_.begin()) {
+      auto previous = std::prev(next);
+      if (previous->first + previous->second * 16 == block) {
+        start = previous->first;
+        units += previous->second;
+        free_.erase(previous);
+      }
+    }
+    if (next != free_.end() && start + units * 16 == next->first) {
+      units += next->second;
+      free_.erase(next);
+    }
+    free_[start] = units;
+  }
+  FreeList freeList() const { return FreeList(free_.begin(), free_.end()); }
+  std::uint64_t used() const { return used_; }
+  std::uint64_t units(std::uint64_t data) const { return needed_.at(data - 16); }
+
+ private:
+  std::map<std::uint64_t, std::uint64_t> free_;
+  std::map<std::uint64_t, std::uint64_t> needed_;
+  std::uint64_t used_;
+  std::uint64_t total_;
+};
+
+TEST(MBQSharedMemoryManagerTest, RandomSequencesMatchTheModelAndKeepTheInvariants) {
+  for (unsigned seed = 1; seed <= 20; ++seed) {
+    SCOPED_TRACE(seed);
+    std::mt19937 random(seed);
+    const std::size_t size = 1 << 16;
+    Heap heap(size);
+    MBQSharedMemoryManager& m = *heap.manager();
+    Model model(80, size);
+    std::vector<std::pair<void*, std::size_t>> live;  // data, requested size
+    for (int step = 0; step < 600; ++step) {
+      const bool allocate = live.empty() || random() % 100 < 55;
+      if (allocate) {
+        const std::size_t request = random() % 3 == 0 ? random() % 40 : random() % 4000;
+        void* got = m.allocate(request);
+        const std::uint64_t expected = model.allocate(request);
+        ASSERT_EQ(expected, got ? heap.offsetOf(got) : 0) << "step " << step << " request " << request;
+        if (got) {
+          // Fill the whole block's data: a neighbour's allocation or free must never touch it.
+          std::memset(got, static_cast<int>(heap.offsetOf(got) & 0x7f), request);
+          live.emplace_back(got, request);
+        }
+      } else {
+        const std::size_t index = random() % live.size();
+        auto [data, request] = live[index];
+        const unsigned char fill = static_cast<unsigned char>(heap.offsetOf(data) & 0x7f);
+        for (std::size_t i = 0; i < request; ++i)
+          ASSERT_EQ(fill, static_cast<unsigned char*>(data)[i]) << "block at " << heap.offsetOf(data) << " was overwritten";
+        m.deallocate(data);
+        model.deallocate(heap.offsetOf(data));
+        live.erase(live.begin() + index);
+      }
+      ASSERT_EQ(model.freeList(), heap.freeList()) << "step " << step;
+      ASSERT_EQ(model.used(), m.getUsed());
+      std::vector<std::string> problems;
+      ASSERT_EQ(0, m.check(size, problems)) << problems.front();
+    }
+  }
+}
+
+TEST(MBQSharedMemoryManagerTest, CheckReportsDamagedFreeLists) {
+  struct Case {
+    const char* name;
+    void (*damage)(Heap&);
+    const char* expected;
+  };
+  const Case cases[] = {
+      {"block outside", [](Heap& h) { std::uint64_t v = 1u << 20; std::memcpy(h.at(0), &v, 8); }, "outside the heap"},
+      {"zero size", [](Heap& h) { std::uint64_t v = 0; std::memcpy(h.at(88), &v, 8); }, "size 0"},
+      {"total beyond mapping", [](Heap& h) { std::uint64_t v = 1u << 20; std::memcpy(h.at(24), &v, 8); }, "beyond"},
+      {"used off", [](Heap& h) { std::uint64_t v = 96; std::memcpy(h.at(16), &v, 8); }, "differ from the total"},
+      {"cycle", [](Heap& h) { std::uint64_t v = 0; std::memcpy(h.at(80), &v, 8); }, "overlaps or precedes"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    Heap heap(8192);
+    c.damage(heap);
+    std::vector<std::string> problems;
+    EXPECT_EQ(-1, heap.manager()->check(8192, problems));
+    ASSERT_FALSE(problems.empty());
+    EXPECT_NE(std::string::npos, problems.front().find(c.expected)) << problems.front();
+  }
+}
+
+TEST(MBQSharedMemoryManagerDeathTest, BrokenPointersAndBlocksAbort) {
+  EXPECT_DEATH(
+      {
+        Heap heap(8192);
+        heap.manager()->deallocate(heap.at(8192 + 64));
+      },
+      "MBQSharedMemoryManager:275 in deallocate");
+  EXPECT_DEATH(
+      {
+        Heap heap(8192);
+        char* p = static_cast<char*>(heap.manager()->allocate(64));
+        heap.manager()->deallocate(p + 8);
+      },
+      "MBQSharedMemoryManager:280 in deallocate");
+  EXPECT_DEATH(
+      {
+        Heap heap(8192);
+        void* p = heap.manager()->allocate(64);
+        std::uint64_t huge = 10000;
+        std::memcpy(static_cast<char*>(p) - 8, &huge, 8);
+        heap.manager()->deallocate(p);
+      },
+      "MBQSharedMemoryManager:281 in deallocate");
+  EXPECT_DEATH(
+      {
+        Heap heap(8192);
+        std::uint64_t zero = 0;
+        std::memcpy(heap.at(88), &zero, 8);
+        heap.manager()->allocate(64);
+      },
+      "MBQSharedMemoryManager:209 in allocate");
+  EXPECT_DEATH(
+      {
+        Heap heap(8192);
+        std::uint64_t outside = 1u << 20;
+        std::memcpy(heap.at(0), &outside, 8);
+        heap.manager()->allocate(64);
+      },
+      "MBQSharedMemoryManager:207 in allocate");
+}
+
+}  // namespace
+}  // namespace MBQ

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "KTRFunctionality/KTRExport.h"
+#include "MBQMessage/MBQMessage.h"
+
+// Every record this library reads from and writes to the agent's messages, by class name, for
+// tools that check messages by hand and for fuzzing. Reading a record here never needs more
+// than the element it stands in: each entry reads one element into a fresh record and writes
+// the record back with its own writer.
+
+namespace KTR {
+
+struct KTR_EXPORT KTRRecordType {
+  // The class name, without "KTR::" ("KTRUpdate", "HardDisk::List::HqFS").
+  std::string name;
+  // The schema type the record's writer declares; empty for records written without one.
+  std::string schema;
+  // The writer's namespace URI; for a record without a schema type, the namespace of the
+  // service family the record belongs to.
+  std::string ns;
+
+  // Reads `element` into a fresh record of this class with the class's reader and, when that
+  // succeeds, writes the record into `out`, which becomes a new message whose root is named
+  // like `element`. Returns 0; -1 with `readStatus` holding the reader's non-zero result when
+  // reading fails; -1 with `readStatus` 0 when writing fails.
+  int (*roundTrip)(const MBQ::MBQMessageIterator& element, MBQ::MBQMessage& out, int& readStatus) = nullptr;
+
+  // The same, but the class is chosen by the schema type the element declares, through the
+  // derived-parser registry of the record's base, and the record is written through the
+  // registry again. Null for records that are not registered with a base.
+  int (*roundTripDerived)(const MBQ::MBQMessageIterator& element, MBQ::MBQMessage& out, int& readStatus) = nullptr;
+
+  // "namespace URI:type", the form an element's declared type is looked up in; empty
+  // without a schema type.
+  std::string schemaName() const;
+};
+
+// All records, grouped by service family, in a fixed order.
+KTR_EXPORT const std::vector<KTRRecordType>& recordTypes();
+// The record with this class name, or nullptr.
+KTR_EXPORT const KTRRecordType* findRecordType(const std::string& name);
+// The record that is read for an element declaring this schema name ("namespace URI:type"),
+// or nullptr. Registered records win over unregistered ones that share the type name (a
+// single disk and the disk list holding it, for example).
+KTR_EXPORT const KTRRecordType* findRecordTypeBySchema(const std::string& schemaName);
+
+}  // namespace KTR

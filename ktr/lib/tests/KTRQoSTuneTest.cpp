@@ -1,0 +1,534 @@
+#include "KTRFunctionality/KTRQoSTune.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <limits>
+#include <map>
+#include <memory>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "KTRFunctionality/KTRVocabulary.h"
+#include "MBQCore/MBQError.h"
+#include "MBQFunctionalityCore/MBQEnvConfig.h"
+#include "MBQFunctionalityCore/MBQVocMap.h"
+
+namespace KTR {
+namespace {
+
+using ::testing::HasSubstr;
+
+constexpr std::int64_t kMax = std::numeric_limits<std::int64_t>::max();
+constexpr std::int64_t kMin = std::numeric_limits<std::int64_t>::min();
+
+struct Formula {
+  int id;
+  std::string text;  // as the formula reader sees it (escaped for the XML here)
+  std::string info;
+};
+
+std::string escaped(const std::string& text) {
+  std::string out;
+  for (char c : text) {
+    if (c == '<') out += "&lt;";
+    else if (c == '>') out += "&gt;";
+    else if (c == '&') out += "&amp;";
+    else out += c;
+  }
+  return out;
+}
+
+// Resources a, b, c, x, y (indexes 1-5) and d (6, complexity 2: not a member of QOS); QOS is 7.
+const char* const kResources =
+    "<parameter><name>a</name><value_type>2</value_type><complexity>1</complexity></parameter>"
+    "<parameter><name>b</name><value_type>2</value_type><complexity>1</complexity></parameter>"
+    "<parameter><name>c</name><value_type>2</value_type><complexity>1</complexity></parameter>"
+    "<parameter><name>x</name><value_type>1</value_type><complexity>1</complexity></parameter>"
+    "<parameter><name>y</name><value_type>1</value_type><complexity>0</complexity></parameter>"
+    "<parameter><name>d</name><value_type>1</value_type><complexity>2</complexity></parameter>";
+
+std::string vocabularyText(const std::string& resources, const std::vector<Formula>& formulas) {
+  std::string text = "<vocabulary><technology><name>quellix</name><category><name>qos</name>" + resources +
+                     "</category><category><name>tune</name>";
+  int n = 0;
+  for (const Formula& f : formulas)
+    text += "<parameter><name>f" + std::to_string(++n) + "</name><type>" + std::to_string(f.id) +
+            "</type><formula>" + escaped(f.text) + "</formula><formula_info>" + f.info +
+            "</formula_info></parameter>";
+  return text + "</category></technology></vocabulary>";
+}
+
+MBQ::MBQVocMapSP vocabulary(const std::string& text) {
+  auto loaded = std::make_shared<MBQ::MBQVocMap>();
+  EXPECT_EQ(0, loaded->load(text)) << MBQ::getErrorMessage();
+  return loaded;
+}
+
+MBQ::MBQVocMapSP vocabulary(const std::vector<Formula>& formulas) {
+  return vocabulary(vocabularyText(kResources, formulas));
+}
+
+// Terms as text: P<value> parameter, M<value> multiple, N<value> number, O<row> operator.
+std::string render(const KTRQVPolishNotation& notation) {
+  std::string out;
+  for (const KTRQVTermType& term : notation.terms) {
+    if (!out.empty()) out += ' ';
+    const char* kinds = "?PONM";
+    out += term.kind >= 1 && term.kind <= 4 ? kinds[term.kind] : '?';
+    out += std::to_string(term.value);
+  }
+  return out;
+}
+
+class KTRQoSTuneTest : public ::testing::Test {
+ protected:
+  KTRQoSTuneTest() : tune_(config_, vocabulary({{1, "a", "m"}})) { EXPECT_EQ(0, tune_.init()); }
+
+  MBQ::MBQVEnvConfig config_;
+  KTRQVTune tune_;
+};
+
+// ---------------------------------------------------------------- tokens
+
+TEST(KTRQoSTuneTokenTest, ReadsOneTokenAndAdvances) {
+  struct Case {
+    const char* input;
+    int kind;
+    std::int64_t value;  // operators only
+    const char* text;    // names and numbers only
+    const char* rest;
+  };
+  const Case cases[] = {
+      {"  numproc.soft+1", KTRQVTermType::kParameter, 0, "numproc.soft", "+1"},
+      {"\t12kb >", KTRQVTermType::kNumber, 0, "12kb", " >"},
+      {"1.5.x", KTRQVTermType::kNumber, 0, "1.5.x", ""},
+      {"&gt;= 1", KTRQVTermType::kOperator, 4, nullptr, " 1"},
+      {"&lt;=", KTRQVTermType::kOperator, 5, nullptr, ""},
+      {"&gt;1", KTRQVTermType::kOperator, 6, nullptr, "1"},
+      {"&lt;", KTRQVTermType::kOperator, 7, nullptr, ""},
+      {">=>", KTRQVTermType::kOperator, 8, nullptr, ">"},
+      {"<=", KTRQVTermType::kOperator, 9, nullptr, ""},
+      {"> =", KTRQVTermType::kOperator, 10, nullptr, " ="},
+      {"<", KTRQVTermType::kOperator, 11, nullptr, ""},
+      {"===", KTRQVTermType::kOperator, 12, nullptr, "="},
+      {"&&&", KTRQVTermType::kOperator, 3, nullptr, "&"},
+      {"(", KTRQVTermType::kOperator, 1, nullptr, ""},
+      {")", KTRQVTermType::kOperator, 2, nullptr, ""},
+      {"+-", KTRQVTermType::kOperator, 13, nullptr, "-"},
+      {"-", KTRQVTermType::kOperator, 14, nullptr, ""},
+      {"*", KTRQVTermType::kOperator, 15, nullptr, ""},
+      {"/", KTRQVTermType::kOperator, 16, nullptr, ""},
+  };
+  for (const Case& c : cases) {
+    const char* cursor = c.input;
+    KTRQVTermType term;
+    std::string text = "old";
+    ASSERT_EQ(0, get_token(&cursor, &term, text)) << c.input;
+    EXPECT_EQ(c.kind, term.kind) << c.input;
+    if (c.text != nullptr) {
+      EXPECT_EQ(c.text, text) << c.input;
+    }
+    if (c.kind == KTRQVTermType::kOperator) {
+      EXPECT_EQ(c.value, term.value) << c.input;
+    }
+    EXPECT_STREQ(c.rest, cursor) << c.input;
+  }
+}
+
+TEST(KTRQoSTuneTokenTest, EndOfTextIsRowZeroAndMovesPastTheZero) {
+  const char text[] = "  ";
+  const char* cursor = text;
+  KTRQVTermType term;
+  std::string token;
+  ASSERT_EQ(0, get_token(&cursor, &term, token));
+  EXPECT_EQ(KTRQVTermType::kOperator, term.kind);
+  EXPECT_EQ(kOperatorEnd, term.value);
+  EXPECT_EQ(text + 3, cursor);
+}
+
+TEST(KTRQoSTuneTokenTest, CharactersThatStartNoTokenLeaveTheCursor) {
+  for (const char* input : {"= 1", "&amp;&amp;", "&gt", "|| a", "!a", "_a", "%"}) {
+    const char* cursor = input;
+    KTRQVTermType term;
+    std::string text;
+    EXPECT_EQ(-1, get_token(&cursor, &term, text)) << input;
+    EXPECT_EQ(input, cursor) << input;
+  }
+}
+
+TEST(KTRQoSTuneTokenTest, OperatorFunctionsComputeWithWrapAndASafeDivision) {
+  struct Case {
+    int row;
+    std::int64_t a, b, expected;
+  };
+  const Case cases[] = {
+      {3, 2, -1, 1},      {3, 0, 5, 0},          {3, 5, 0, 0},
+      {4, 3, 3, 1},       {4, 2, 3, 0},          {5, 3, 3, 1},         {5, 4, 3, 0},
+      {6, 4, 3, 1},       {6, 3, 3, 0},          {7, 2, 3, 1},         {7, 3, 3, 0},
+      {8, 3, 3, 1},       {9, -4, 3, 1},         {10, 3, -4, 1},       {11, -4, 3, 1},
+      {12, 7, 7, 1},      {12, 7, 8, 0},
+      {13, 2, 3, 5},      {13, kMax, 1, kMin},   {13, kMax, kMax, -2},
+      {14, 2, 3, -1},     {14, kMin, 1, kMax},
+      {15, 6, -7, -42},   {15, kMax, 2, -2},     {15, kMin, -1, kMin},
+      {16, 7, 2, 3},      {16, -7, 2, -3},       {16, 7, 0, 0},        {16, kMin, -1, kMin},
+  };
+  for (const Case& c : cases) {
+    ASSERT_NE(nullptr, KTRQVOperatorTable[c.row].function) << c.row;
+    EXPECT_EQ(c.expected, KTRQVOperatorTable[c.row].function(c.a, c.b))
+        << KTRQVOperatorTable[c.row].text << " " << c.a << " " << c.b;
+  }
+  EXPECT_EQ(nullptr, KTRQVOperatorTable[kOperatorRows].text);
+  for (int row : {kOperatorEnd, kOperatorOpen, kOperatorClose}) EXPECT_EQ(nullptr, KTRQVOperatorTable[row].function);
+}
+
+// ---------------------------------------------------------------- parsing
+
+TEST_F(KTRQoSTuneTest, ParsesFormulasToPostfixTerms) {
+  struct Case {
+    const char* formula;
+    const char* terms;
+  };
+  const Case cases[] = {
+      // Entity spellings are exact equivalents: same terms but for the row.
+      {"a.hard &lt;= b.soft", "P101 P2 O5"},
+      {"a.hard <= b", "P101 P2 O9"},
+      {"a &gt;= 1", "P1 N1 O4"},
+      {"a&gt;1", "P1 N1 O6"},
+      // Numbers: single precision, kb/mb without case.
+      {"a >= 2kb", "P1 N2048 O8"},
+      {"a >= 2KB", "P1 N2048 O8"},
+      {"a >= 1.5mb", "P1 N1572864 O8"},
+      {"a >= 2.5kb", "P1 N2560 O8"},
+      {"a >= 100000001", "P1 N100000000 O8"},
+      {"a >= 16777217", "P1 N16777216 O8"},
+      {"a >= 0.9", "P1 N0 O8"},
+      // Grouping: left for equal priority, comparisons tighter than &&.
+      {"a - b - c", "P1 P2 O14 P3 O14"},
+      {"a / b * c", "P1 P2 O16 P3 O15"},
+      {"a + b * c", "P1 P2 P3 O15 O13"},
+      {"a * b + c", "P1 P2 O15 P3 O13"},
+      {"a &lt; b && x &gt; y", "P1 P2 O7 P4 P5 O6 O3"},
+      {"a <= b == 0", "P1 P2 O9 N0 O12"},
+      {"a>=b&&c", "P1 P2 O8 P3 O3"},
+      // Parts are searched for after the last dot.
+      {"a.softlimit", "P1"},
+      {"a.hardlimit", "P101"},
+      {"a.xhardx", "P101"},
+      {"a.hardsoft", "P1"},
+      {"a", "P1"},
+      {"12", "N12"},
+      // The multiple name, any number of times.
+      {"QOS.soft <= QOS.hard", "M7 M107 O9"},
+      {"QOS >= 0 && QOS.hard >= a", "M7 N0 O8 M107 P1 O8 O3"},
+      {"d + x", "P6 P4 O13"},
+  };
+  for (const Case& c : cases) {
+    KTRQVPolishNotation notation;
+    ASSERT_EQ(0, tune_.formFormula(c.formula, notation)) << c.formula;
+    EXPECT_EQ(c.terms, render(notation)) << c.formula;
+  }
+}
+
+TEST_F(KTRQoSTuneTest, RecordsTheMultipleParameter) {
+  KTRQVPolishNotation plain;
+  ASSERT_EQ(0, tune_.formFormula("a <= b", plain));
+  EXPECT_EQ(0, plain.usesMultiple);
+  EXPECT_EQ(nullptr, plain.multiple);
+  KTRQVPolishNotation multiple;
+  ASSERT_EQ(0, tune_.formFormula("QOS.soft <= QOS.hard", multiple));
+  EXPECT_EQ(1, multiple.usesMultiple);
+  ASSERT_NE(nullptr, multiple.multiple);
+  EXPECT_EQ(7, multiple.multiple->first);
+  EXPECT_EQ((std::vector<std::int32_t>{1, 2, 3, 4, 5}), multiple.multiple->members);
+}
+
+TEST_F(KTRQoSTuneTest, RejectsWhatIsNotAFormula) {
+  const char* const cases[] = {
+      // Parentheses, however placed: some would pass the final depth count if kept.
+      "(a)", "(a) b", "a (b)", "(a + b) * c", "((a))", "a + (b", "a )", ") a", "a ) b", "()", "(",
+      // Operator and operand order.
+      "- a", "a b", "a +", "+", "a >= >= b", "", "   ", "a == 1 2",
+      // Tokens that are not of the grammar.
+      "a = b", "a || b", "a &amp;&amp; b", "a >= -1", "a % b", "a_b",
+      // Numbers.
+      "a >= 3gb", "a >= 12abc", "a >= 2k", "a >= 2kbx", "a >= 1.2.3", "a >= 1e30mb", "a >= 99999999999999999999",
+      // Names.
+      "a.limit >= 1", "a. >= 1", "a.b.soft >= 1", "unknown >= 1", "A >= 1", "qos.soft >= 0",
+  };
+  for (const char* formula : cases) {
+    KTRQVPolishNotation notation;
+    EXPECT_EQ(-1, tune_.formFormula(formula, notation)) << "'" << formula << "'";
+  }
+  // A zero byte does not end the text early.
+  KTRQVPolishNotation notation;
+  EXPECT_EQ(-1, tune_.formFormula(std::string("a\0(b) c", 7), notation));
+}
+
+TEST(KTRQoSTuneParseTest, TwoDifferentMultipleNamesAreRejected) {
+  // The library knows one multiple name; a second one is stood in for by an entry of the same
+  // name in a second checker, which formFormula must tell apart from its own.
+  MBQ::MBQVEnvConfig config;
+  KTRQVTune tune(config, vocabulary({{1, "a", "m"}}));
+  ASSERT_EQ(0, tune.init());
+  KTRQVPolishNotation notation;
+  ASSERT_EQ(0, tune.formFormula("QOS", notation));
+  KTRQVParamsValue other;
+  notation.multiple = &other;
+  EXPECT_EQ(-1, tune.formFormula("QOS", notation));
+}
+
+// ---------------------------------------------------------------- init
+
+TEST(KTRQoSTuneInitTest, FailsWithTheStatusAndMessage) {
+  struct Case {
+    std::string vocabulary;  // empty: no vocabulary at all
+    const char* message;
+  };
+  const std::string head = "<vocabulary><technology><name>quellix</name>";
+  const std::string tune = "<category><name>tune</name><parameter><name>f</name><type>1</type>"
+                           "<formula>a</formula><formula_info>m</formula_info></parameter></category>";
+  const Case cases[] = {
+      {"", "invalid vocabulary"},
+      {"<vocabulary><category><name>qos</name>" + std::string(kResources) + "</category>" + tune + "</vocabulary>",
+       "can not read QOS from vocabulary"},
+      {head + "<category><name>qos</name></category>" + tune + "</technology></vocabulary>",
+       "can not read QOS from vocabulary"},
+      {head + "<category><name>qos</name>" + kResources + "</category></technology></vocabulary>",
+       "can not read FORMULAE"},
+      {head + "<category><name>qos</name>" + kResources + "</category><category><name>tune</name></category>"
+              "</technology></vocabulary>",
+       "can not read FORMULAE"},
+      {vocabularyText(kResources, {{1, "a <= b", "m"}, {2, "(a) b", "m"}}), "can not parse formula: (a) b"},
+      {vocabularyText(kResources, {{1, "QOS.soft <= a.limit", "m"}}), "can not parse formula: QOS.soft <= a.limit"},
+      {vocabularyText("<parameter><name>QOS</name></parameter>", {{1, "1", "m"}}),
+       "double index 'QOS' in formulas initialization"},
+  };
+  for (const Case& c : cases) {
+    MBQ::MBQVEnvConfig config;
+    KTRQVTune checker(config, c.vocabulary.empty() ? nullptr : vocabulary(c.vocabulary));
+    MBQ::clearErrorMessage();
+    EXPECT_EQ(kTuneFailed, checker.init()) << c.vocabulary;
+    EXPECT_EQ(c.message, MBQ::getErrorMessage()) << c.vocabulary;
+    EXPECT_TRUE(checker.getFormulas().empty());
+    std::vector<KTRQVTuneFailure> failures;
+    EXPECT_EQ(kTuneFailed, checker.checkParameters({}, failures));
+  }
+}
+
+TEST(KTRQoSTuneInitTest, ARetryAfterAFailedInitMeetsItsOwnNames) {
+  MBQ::MBQVEnvConfig config;
+  KTRQVTune tune(config, vocabulary({{1, "(a)", "m"}}));
+  EXPECT_EQ(kTuneFailed, tune.init());
+  EXPECT_EQ(kTuneFailed, tune.init());
+  EXPECT_EQ("double index 'a' in formulas initialization", MBQ::getErrorMessage());
+}
+
+TEST(KTRQoSTuneInitTest, IndexesResourcesThenQOSAndKeepsFormulasInOrder) {
+  const std::string text = vocabularyText(kResources, {{11, "a <= b", "first"}, {12, "QOS >= 0", "second"}}) ;
+  // A formula without an id, a text or a message is skipped.
+  std::string incomplete = text;
+  incomplete.insert(incomplete.find("</category></technology>"),
+                    "<parameter><name>n</name><formula>a</formula><formula_info>m</formula_info></parameter>"
+                    "<parameter><name>o</name><type>3</type><formula_info>m</formula_info></parameter>"
+                    "<parameter><name>p</name><type>4</type><formula>a</formula></parameter>");
+  MBQ::MBQVEnvConfig config;
+  KTRQVTune tune(config, vocabulary(incomplete));
+  ASSERT_EQ(0, tune.init()) << MBQ::getErrorMessage();
+  EXPECT_EQ(0, tune.init());
+  EXPECT_EQ(7, tune.getLastIndex());
+  const char* const names[] = {"", "a", "b", "c", "x", "y", "d", "QOS"};
+  for (int i = 0; i <= 7; ++i) EXPECT_EQ(names[i], tune.getByIndex(i)) << i;
+  ASSERT_EQ(2u, tune.getFormulas().size());
+  EXPECT_EQ(11, tune.getFormulas().front().id);
+  EXPECT_EQ("a <= b", tune.getFormulas().front().formula);
+  EXPECT_EQ("first", tune.getFormulas().front().info);
+  EXPECT_EQ(12, tune.getFormulas().back().id);
+  EXPECT_EQ(1, tune.getFormulas().back().usesMultiple);
+}
+
+TEST(KTRQoSTuneInitTest, IndexesStayBelowTheHardPartOffset) {
+  const auto resources = [](int count) {
+    std::string text;
+    for (int i = 0; i < count; ++i)
+      text += "<parameter><name>r" + std::to_string(i) + "</name><complexity>1</complexity></parameter>";
+    return text;
+  };
+  MBQ::MBQVEnvConfig config;
+  KTRQVTune fits(config, vocabulary(vocabularyText(resources(98), {{1, "r97.hard >= 0", "m"}})));
+  ASSERT_EQ(0, fits.init()) << MBQ::getErrorMessage();
+  EXPECT_EQ(99, fits.getLastIndex());
+  EXPECT_EQ("P198 N0 O8", render(fits.getFormulas().front()));
+  KTRQVTune tooMany(config, vocabulary(vocabularyText(resources(99), {{1, "r0 >= 0", "m"}})));
+  EXPECT_EQ(kTuneFailed, tooMany.init());
+  EXPECT_EQ("too many parameters in formulas initialization ('QOS')", MBQ::getErrorMessage());
+}
+
+TEST(KTRQoSTuneInitTest, EveryDefaultFormulaParses) {
+  // checkVocabulary parses them too; this says which one fails.
+  MBQ::MBQVocMapSP defaults = defaultVocabulary();
+  ASSERT_NE(nullptr, defaults) << MBQ::getErrorMessage();
+  MBQ::MBQVEnvConfig config;
+  KTRQVTune tune(config, defaults);
+  ASSERT_EQ(0, tune.init()) << MBQ::getErrorMessage();
+  MBQ::MBQVocIterator it = defaults->readCategory({"quellix", "tune"})->iterator();
+  std::size_t count = 0;
+  for (int rc = it.first(); rc == 0; rc = it.next(), ++count) {
+    std::string text;
+    ASSERT_EQ(0, it->getValue(1307, text));
+    KTRQVPolishNotation notation;
+    EXPECT_EQ(0, tune.formFormula(text, notation)) << text;
+  }
+  EXPECT_EQ(count, tune.getFormulas().size());
+}
+
+// ---------------------------------------------------------------- checks
+
+using Values = std::map<std::string, KTRQVParamsValue>;
+
+KTRQVParamsValue value(std::int64_t soft, std::int64_t hard) {
+  KTRQVParamsValue v;
+  v.first = soft;
+  v.second = hard;
+  return v;
+}
+
+struct Violation {
+  int id;
+  std::set<int> used;
+  bool operator==(const Violation& o) const { return id == o.id && used == o.used; }
+};
+std::ostream& operator<<(std::ostream& out, const Violation& v) {
+  out << v.id << " {";
+  for (int i : v.used) out << " " << i;
+  return out << " }";
+}
+
+std::vector<Violation> violations(const std::vector<KTRQVTuneFailure>& failures) {
+  std::vector<Violation> out;
+  for (const KTRQVTuneFailure& f : failures) out.push_back({f.formula->id, f.used});
+  return out;
+}
+
+TEST(KTRQoSTuneCheckTest, ReportsViolatedFormulasWithTheParametersRead) {
+  const Values full = {{"a", value(10, 20)}, {"b", value(15, 30)}, {"c", value(5, 5)},
+                       {"x", value(3, 3)},   {"y", value(0, 0)},   {"d", value(-1, -1)}};
+  struct Case {
+    const char* formula;
+    Values overrides;
+    std::vector<Violation> expected;
+  };
+  const Case cases[] = {
+      {"a.hard <= b.hard", {}, {}},
+      {"a.hard > b.hard", {}, {{1, {1, 2}}}},
+      {"a.soft + c.hard * x == 25", {}, {}},
+      {"a.soft + c.hard * x == 24", {}, {{1, {1, 3, 4}}}},
+      // Every operand is read, even where && could have stopped early.
+      {"y && a", {}, {{1, {1, 5}}}},
+      {"QOS.soft <= QOS.hard", {}, {}},
+      {"QOS.soft <= QOS.hard", {{"a", value(21, 20)}, {"c", value(6, 5)}}, {{1, {1}}, {1, {3}}}},
+      // d is not a member of QOS, so its negative value goes unnoticed.
+      {"QOS.soft >= 0", {}, {}},
+      // The other parameter of a multiple formula is read on every member.
+      {"QOS.hard <= b.hard", {}, {}},
+      {"QOS.hard < b.hard", {}, {{1, {2}}}},
+      // Wrapping arithmetic on "unlimited" values is defined.
+      {"a.hard + b.hard > 0", {{"a", value(kMax, kMax)}, {"b", value(kMax, kMax)}}, {{1, {1, 2}}}},
+      // A zero divisor yields 0.
+      {"a / y == 0", {}, {}},
+      {"a / y >= 1", {}, {{1, {1, 5}}}},
+      {"a / d == 0 - 10", {}, {}},
+  };
+  for (const Case& c : cases) {
+    MBQ::MBQVEnvConfig config;
+    KTRQVTune tune(config, vocabulary({{1, c.formula, "m"}}));
+    Values values = full;
+    for (const auto& [name, v] : c.overrides) values[name] = v;
+    std::vector<KTRQVTuneFailure> failures;
+    ASSERT_EQ(0, tune.checkParameters(values, failures)) << c.formula << ": " << MBQ::getErrorMessage();
+    EXPECT_EQ(c.expected, violations(failures)) << c.formula;
+    for (const KTRQVTuneFailure& f : failures) EXPECT_EQ(&tune.getFormulas().front(), f.formula);
+  }
+}
+
+TEST(KTRQoSTuneCheckTest, MultipleFormulaSkipsMembersWithoutValue) {
+  MBQ::MBQVEnvConfig config;
+  KTRQVTune tune(config, vocabulary({{1, "QOS.soft > QOS.hard", "m"}, {2, "b.soft <= b.hard", "n"}}));
+  std::vector<KTRQVTuneFailure> failures;
+  ASSERT_EQ(0, tune.checkParameters({{"b", value(1, 2)}, {"x", value(1, 1)}}, failures));
+  EXPECT_EQ((std::vector<Violation>{{1, {2}}, {1, {4}}}), violations(failures));
+}
+
+TEST(KTRQoSTuneCheckTest, AnAbsentParameterFailsTheWholeCheck) {
+  MBQ::MBQVEnvConfig config;
+  KTRQVTune tune(config, vocabulary({{1, "a <= a.hard", "m"}, {2, "a.hard <= b.hard", "n"}, {3, "c", "o"}}));
+  std::vector<KTRQVTuneFailure> failures;
+  EXPECT_EQ(kTuneParameterAbsent, tune.checkParameters({{"a", value(2, 1)}}, failures));
+  EXPECT_EQ("parameter 'b' is absent", MBQ::getErrorMessage());
+  EXPECT_EQ((std::vector<Violation>{{1, {1}}}), violations(failures));  // found before the failure
+}
+
+TEST(KTRQoSTuneCheckTest, UnknownNamesAndTheMultipleNameAreIgnored) {
+  MBQ::MBQVEnvConfig config;
+  KTRQVTune tune(config, vocabulary({{1, "QOS.soft <= QOS.hard", "m"}}));
+  std::vector<KTRQVTuneFailure> failures;
+  // "QOS" holds the highest index: the by-index array has a slot for it.
+  ASSERT_EQ(0, tune.checkParameters({{"zz", value(9, 1)}, {"QOS", value(9, 1)}, {"A", value(9, 1)}}, failures));
+  EXPECT_TRUE(failures.empty());
+  EXPECT_EQ(0, tune.checkParameters({{"a", value(1, 1)}}, failures));  // repeated use of one checker
+  EXPECT_TRUE(failures.empty());
+}
+
+TEST_F(KTRQoSTuneTest, CheckByFormulaReportsEveryIndexRead) {
+  KTRQVPolishNotation notation;
+  ASSERT_EQ(0, tune_.formFormula("QOS.hard <= a.hard + b", notation));
+  const KTRQVParamsValue a = value(1, 5), b = value(2, 2), x = value(7, 7);
+  const std::vector<const KTRQVParamsValue*> byIndex = {nullptr, &a, &b, nullptr, &x, nullptr, nullptr, nullptr};
+  std::set<int> used;
+  EXPECT_EQ(0, tune_.checkByFormula(byIndex, notation, used, 4));
+  EXPECT_EQ((std::set<int>{1, 2, 4}), used);
+  used.clear();
+  EXPECT_EQ(0, tune_.checkByFormula(byIndex, notation, used, 3));  // no value: does not apply
+  EXPECT_TRUE(used.empty());
+  const KTRQVParamsValue big = value(0, 8);
+  const std::vector<const KTRQVParamsValue*> violated = {nullptr, &a, &b, &big};
+  EXPECT_EQ(1, tune_.checkByFormula(violated, notation, used, 3));
+  EXPECT_EQ((std::set<int>{1, 2, 3}), used);
+}
+
+// ---------------------------------------------------------------- assertions
+
+using KTRQoSTuneDeathTest = KTRQoSTuneTest;
+
+TEST_F(KTRQoSTuneDeathTest, GetByIndexOutsideTheIndexesAborts) {
+  EXPECT_EQ("QOS", tune_.getByIndex(7));
+  EXPECT_DEATH(tune_.getByIndex(8), "assertion failed at ktr/lib/src/KTRFunctionality/KTRQoSTune:.*getByIndex");
+  EXPECT_DEATH(tune_.getByIndex(-1), "assertion failed at ktr/lib/src/KTRFunctionality/KTRQoSTune");
+}
+
+TEST_F(KTRQoSTuneDeathTest, EvaluatingANotationNotMadeByTheParserAborts) {
+  const KTRQVParamsValue a = value(1, 1);
+  const std::vector<const KTRQVParamsValue*> byIndex = {nullptr, &a, nullptr, nullptr,
+                                                        nullptr, nullptr, nullptr, nullptr};
+  const auto notation = [](std::vector<KTRQVTermType> terms) {
+    KTRQVPolishNotation n;
+    n.terms = std::move(terms);
+    return n;
+  };
+  const KTRQVTermType p{KTRQVTermType::kParameter, 1};
+  const KTRQVTermType m{KTRQVTermType::kMultipleParameter, 7};
+  const auto op = [](int row) { return KTRQVTermType{KTRQVTermType::kOperator, row}; };
+  std::set<int> used;
+  const char* const where = "assertion failed at ktr/lib/src/KTRFunctionality/KTRQoSTune:.*checkByFormula";
+  EXPECT_DEATH(tune_.checkByFormula(byIndex, notation({p, op(13)}), used, -1), where);            // stack runs dry
+  EXPECT_DEATH(tune_.checkByFormula(byIndex, notation({p, p}), used, -1), where);                 // two values left
+  EXPECT_DEATH(tune_.checkByFormula(byIndex, notation({p, p, op(kOperatorClose)}), used, -1), where);  // no function
+  EXPECT_DEATH(tune_.checkByFormula(byIndex, notation({p, p, op(18)}), used, -1), where);         // past the table
+  EXPECT_DEATH(tune_.checkByFormula(byIndex, notation({m}), used, -1), where);                    // no member
+  EXPECT_DEATH(tune_.checkByFormula(byIndex, notation({KTRQVTermType{9, 0}}), used, -1), where);  // unknown kind
+}
+
+}  // namespace
+}  // namespace KTR
