@@ -23,6 +23,12 @@ step set "$work/101.conf" NUMPROC=300:320 ONBOOT=no
 "$ktrctl" set "$work/101.conf" NUMPROC=300:320 ONBOOT=no
 diff examples/containers/101.conf "$work/101.conf" || true
 
+step validate examples/containers/101.conf
+"$ktrctl" validate examples/containers/101.conf && echo "(no formula violated)"
+
+step validate examples/containers/103.conf
+"$ktrctl" validate examples/containers/103.conf || [[ $? -eq 1 ]]
+
 step global get examples/vz.conf lockdir template ve0cpuunits
 "$ktrctl" global get examples/vz.conf lockdir template ve0cpuunits
 
