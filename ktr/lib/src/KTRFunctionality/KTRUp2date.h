@@ -95,7 +95,9 @@ class KTR_EXPORT KTRUpdateConnection : public KTRUpdateConnectionSettings {
 // elements (req).
 class KTR_EXPORT KTRUpdateProxySettings : public KTRUpdateConnectionSettings {
  public:
-  enum ProxyType { Explorer = 1, Custom = 2, NoProxy = 3 };
+  // The option enumerations have a fixed underlying type: a value outside the table can come
+  // from a peer, and only then is every int a valid value of the type.
+  enum ProxyType : int { Explorer = 1, Custom = 2, NoProxy = 3 };
 
   ProxyType getProxyType() const { return proxyType_; }
   void setProxyType(ProxyType type) { proxyType_ = type; }
@@ -136,7 +138,7 @@ class KTR_EXPORT KTRUpdateInstallSource {
 // writer always writes 1839; a type outside the table leaves it empty and does not fail.
 class KTR_EXPORT KTRUpdateProduct {
  public:
-  enum InstallType { Disabled = 0, Automatic = 1, AutoDownload = 2, Manual = 3 };
+  enum InstallType : int { Disabled = 0, Automatic = 1, AutoDownload = 2, Manual = 3 };
 
   const std::string& getName() const { return name_; }
   void setName(const std::string& name) { name_ = name; }
@@ -170,7 +172,7 @@ class KTR_EXPORT KTRUpdateProduct {
 class KTR_EXPORT KTRUpdateServiceSettings {
  public:
   // The week starts on Sunday; 0 is "no day" and is spelled "".
-  enum CheckDays { NoDay = 0, Sunday = 1, Monday, Tuesday, Wednesday, Thursday, Friday, Saturday };
+  enum CheckDays : int { NoDay = 0, Sunday = 1, Monday, Tuesday, Wednesday, Thursday, Friday, Saturday };
 
   bool getAutoreboot() const { return autoreboot_; }
   void setAutoreboot(bool on) { autoreboot_ = on; }
@@ -367,7 +369,7 @@ class KTR_EXPORT KTRUpdate {
 // and 1276 (opt text). Schema type "system_updateType".
 class KTR_EXPORT KTRSystemUpdate : public KTRUpdate {
  public:
-  enum UpdateType { NoType = 0, Hotfix = 1, ServicePack = 2, Version = 3 };
+  enum UpdateType : int { NoType = 0, Hotfix = 1, ServicePack = 2, Version = 3 };
 
   UpdateType getUpdateType() const { return updateType_; }
   void setUpdateType(UpdateType type) { updateType_ = type; }
