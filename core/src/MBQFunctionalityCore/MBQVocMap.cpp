@@ -29,7 +29,7 @@ constexpr const char* kCategoryElement = "category";
 constexpr const char* kParameterElement = "parameter";
 // Technologies, categories and parameters are all named by the same tag, the one readers use
 // for a parameter's name.
-constexpr int kNameTag = 1010;
+constexpr int kNameTag = MBQVocMap::kNameTag;
 
 // What the structure check found wrong, and where.
 struct Problem {

@@ -27,9 +27,9 @@ namespace {
 constexpr const char* kModule = "KTRFunctionality";
 constexpr const char* kSourcePath = "ktr/lib/src/KTRFunctionality/KTREnvConfigBashParser";
 constexpr const char* kResourceCategory = "qos";
-constexpr int kNameTag = 1010;
-constexpr int kComplexityTag = 1304;
-constexpr const char* kValueTypeElement = "value_type";
+constexpr int kNameTag = MBQ::MBQVocMap::kNameTag;
+constexpr int kComplexityTag = MBQ::MBQVocMap::kComplexityTag;
+constexpr const char* kValueTypeElement = MBQ::MBQVocMap::kValueTypeElement;
 constexpr const char* kFakeDevice = "venet0";
 constexpr const char* kDhcpWord = "dhcp";
 

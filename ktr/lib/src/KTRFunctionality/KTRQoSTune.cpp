@@ -22,12 +22,12 @@ constexpr const char* kModuleName = "KTRFunctionality";
 constexpr const char* kSourcePath = "ktr/lib/src/KTRFunctionality/KTRQoSTune";
 constexpr const char* kTechnology = "quellix";
 constexpr const char* kResourceCategory = "qos";
-constexpr const char* kFormulasCategory = "tune";
-constexpr int kNameTag = 1010;
-constexpr int kFormulaIdTag = 1007;
-constexpr int kFormulaInfoTag = 1302;
-constexpr int kComplexityTag = 1304;
-constexpr int kFormulaTag = 1307;
+constexpr const char* kFormulasCategory = MBQ::MBQVocMap::kFormulasCategory;
+constexpr int kNameTag = MBQ::MBQVocMap::kNameTag;
+constexpr int kFormulaIdTag = MBQ::MBQVocMap::kFormulaIdTag;
+constexpr int kFormulaInfoTag = MBQ::MBQVocMap::kFormulaInfoTag;
+constexpr int kComplexityTag = MBQ::MBQVocMap::kComplexityTag;
+constexpr int kFormulaTag = MBQ::MBQVocMap::kFormulaTag;
 // Parameters of this complexity have no readable value, so the multiple name leaves them out.
 constexpr int kUncoveredComplexity = 2;
 

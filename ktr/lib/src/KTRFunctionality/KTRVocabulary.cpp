@@ -22,12 +22,12 @@ constexpr const char* kModule = "KTRFunctionality";
 constexpr const char* kTechnology = "quellix";
 constexpr const char* kResourceCategory = "qos";
 constexpr const char* kMultipleName = "QOS";
-constexpr const char* kValueTypeElement = "value_type";
-constexpr int kNameTag = 1010;
-constexpr int kFormulaIdTag = 1007;
-constexpr int kFormulaInfoTag = 1302;
-constexpr int kComplexityTag = 1304;
-constexpr int kFormulaTag = 1307;
+constexpr const char* kValueTypeElement = MBQ::MBQVocMap::kValueTypeElement;
+constexpr int kNameTag = MBQ::MBQVocMap::kNameTag;
+constexpr int kFormulaIdTag = MBQ::MBQVocMap::kFormulaIdTag;
+constexpr int kFormulaInfoTag = MBQ::MBQVocMap::kFormulaInfoTag;
+constexpr int kComplexityTag = MBQ::MBQVocMap::kComplexityTag;
+constexpr int kFormulaTag = MBQ::MBQVocMap::kFormulaTag;
 
 // The declarations the configuration files can hold a value of; any other one makes the
 // resource unreadable, which would only show as every value of it being rejected.
