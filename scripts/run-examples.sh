@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # The main job on a fresh machine: install what is missing, build, and run ktrctl on the
-# shipped examples (examples/containers/*.conf and the node's global file examples/vz.conf).
+# shipped examples (examples/containers/*.conf and the node's global file examples/node.conf).
 set -euo pipefail
 cd "$(dirname "$0")/.."
 bash scripts/install-deps.sh
@@ -29,8 +29,8 @@ step validate examples/containers/101.conf
 step validate examples/containers/103.conf
 "$ktrctl" validate examples/containers/103.conf || [[ $? -eq 1 ]]
 
-step global get examples/vz.conf lockdir template ve0cpuunits
-"$ktrctl" global get examples/vz.conf lockdir template ve0cpuunits
+step global get examples/node.conf lockdir template agent_log
+"$ktrctl" global get examples/node.conf lockdir template agent_log
 
 step read examples/containers/102.conf "(first lines)"
 "$ktrctl" read examples/containers/102.conf | head -n 12
