@@ -24,27 +24,27 @@ namespace {
 constexpr int kFiles = 1000;
 
 const char* const kResources[] = {
-    "KMEMSIZE", "DCACHESIZE", "PRIVVMPAGES", "PHYSPAGES", "SWAPPAGES", "SHMPAGES", "LOCKEDPAGES",
-    "VMGUARPAGES", "OOMGUARPAGES", "NUMPROC", "NUMFILE", "NUMFLOCK", "NUMPTY", "NUMSIGINFO",
-    "NUMIPTENT", "NUMTCPSOCK", "NUMOTHERSOCK", "TCPSNDBUF", "TCPRCVBUF", "OTHERSOCKBUF", "DGRAMRCVBUF",
-    "DISKSPACE", "DISKINODES"};
+    "KERNELMEM", "DIRCACHE", "PRIVMEM", "RESIDENTMEM", "SWAPMEM", "SHAREDMEM", "LOCKEDMEM",
+    "GUARMEM", "OOMSAFEMEM", "NUMPROC", "OPENFILES", "FILELOCKS", "TERMINALS", "PENDINGSIGNALS",
+    "FWRULES", "TCPSOCKETS", "OTHERSOCKETS", "TCPSENDBUF", "TCPRECVBUF", "OTHERBUF", "DGRAMRECVBUF",
+    "DISKBLOCKS", "INODES"};
 
 std::string makeFile(int n) {
   std::ostringstream text;
   text << "# Configuration of container " << n << "\n\nONBOOT=\"yes\"\nDISABLED=\"no\"\n\n# Resources\n";
   for (const char* key : kResources) text << key << "=\"" << 1000 + n << ":" << 2000 + n << "\"\n";
-  text << "AVNUMPROC=\"" << 100 + n % 50 << "\"\nSLMMEMORYLIMIT=\"536870912\"\nCPUUNITS=\"1000\"\n"
-       << "CPULIMIT=\"25.5\"\nCPUS=\"2\"\nIOPRIO=\"4\"\nQUOTAUGIDLIMIT=\"0\"\n\n"
-       << "VE_ROOT=\"/vz/root/$VEID\"\nVE_PRIVATE=\"/vz/private/$VEID\"\n"
-       << "OSTEMPLATE=\"centos-7-x86_64\"\nORIGIN_SAMPLE=\"vswap.512MB\"\n"
+  text << "AVNUMPROC=\"" << 100 + n % 50 << "\"\nSLMMEMORYLIMIT=\"536870912\"\nCPUWEIGHT=\"500\"\n"
+       << "CPULIMIT=\"25.5\"\nCPUS=\"2\"\nIOPRIO=\"4\"\nQUOTAIDS=\"0\"\n\n"
+       << "VE_ROOT=\"/var/lib/quellix/root/$VEID\"\nVE_PRIVATE=\"/var/lib/quellix/private/$VEID\"\n"
+       << "OSTEMPLATE=\"debian-12-minimal\"\nORIGIN_SAMPLE=\"web-small\"\n"
        << "HOSTNAME=\"ct" << n << ".example.com\"\nNAME=\"ct" << n << "\"\n"
        << "DESCRIPTION=\"generated container " << n << "\"\n"
        << "IP_ADDRESS=\"10.1." << n / 250 << "." << n % 250 << "/24\"\n"
        << "NAMESERVER=\"10.0.0.1 10.0.0.2\"\nSEARCHDOMAIN=\"example.com\"\nARCH=\"x86_64\"\n"
-       << "FEATURES=\"nfs:on sit:off\"\nIPTABLES=\"iptable_filter iptable_mangle ipt_REJECT\"\n"
+       << "FEATURES=\"fuse:on ipv6:off\"\nIPTABLES=\"iptable_filter iptable_mangle ipt_REJECT\"\n"
        << "NETIF=\"ifname=eth0,network=,mac=02:00:00:00:" << n % 90 + 10
        << ":01,nettype=bridged,gw=192.168.10.1,ip=192.168.10." << n % 250 << "/24,dhcp=no\"\n"
-       << "DISK=\"image=/vz/private/" << n << "/root.hdd,size=10485760,uuid={6a1f6f0e-8c2b-4d4e-9a43-0e5b2f3c9d11}\"\n"
+       << "DISK=\"image=/var/lib/quellix/private/" << n << "/disk.img,size=10485760,uuid={6a1f6f0e-8c2b-4d4e-9a43-0e5b2f3c9d11}\"\n"
        << "UUID=\"c5b6b5a2-0f0c-4bd8-9f5e-4a1d2e3f4a5b\"\n";
   for (int i = 0; i < 6; ++i) text << "# operator note " << i << "\nLOCAL_" << i << "=\"kept\"\n";
   return text.str();

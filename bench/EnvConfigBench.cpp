@@ -35,18 +35,18 @@ KTR::KTREnvConfig makeConfig() {
   config.setOsDescription(os);
   config.setArchitecture(std::string("x86_64"));
   config.setDisabled(false);
-  config.setVERootVar(std::string("/vz/root/$VEID"));
-  config.setVEPrivateVar(std::string("/vz/private/$VEID"));
+  config.setVERootVar(std::string("/var/lib/quellix/root/$VEID"));
+  config.setVEPrivateVar(std::string("/var/lib/quellix/private/$VEID"));
   config.setOnBoot(true);
   config.setTemplates(std::vector<KTR::KTRTemplate>{KTR::KTRTemplate("mysql"), KTR::KTRTemplate("php", "7.4")});
   config.setOfflineManagement(true);
-  config.setOsTemplate(KTR::KTRTemplate("centos-7-x86_64"));
+  config.setOsTemplate(KTR::KTRTemplate("debian-12-minimal"));
   config.setDistribution(KTR::KTRDistribution("centos"));
   config.setCapabilities(std::set<KTR::KTREnvCapability>{{"net_admin", true}, {"sys_time", false}});
   config.setIPTables(std::set<std::string>{"iptable_filter", "ipt_REJECT", "ip_conntrack"});
   config.setNetfilterMode(std::string("stateful"));
   config.setVEType(KTR::KTRVPSType(1, KTR::CtidWrapper(101)));
-  config.setOfflineServices(std::set<std::string>{"vzpp", "vzpp-plesk"});
+  config.setOfflineServices(std::set<std::string>{"console", "webpanel"});
   config.setWinsServers(std::vector<MBQ::MBQIPAddress>{MBQ::MBQIPAddress("10.0.0.9")});
   std::vector<KTR::KTRNetVEth> veths(4);
   for (int i = 0; i < 4; ++i) veths[i].fromString("ifname=eth" + std::to_string(i) + ",mac=02:00:00:00:00:0" +
@@ -64,7 +64,7 @@ KTR::KTREnvConfig makeConfig() {
   config.setOriginSample(std::string("basic"));
   config.setSample(false);
   config.setServerRoles(std::set<std::string>{"web", "db"});
-  config.setFeatures(std::map<std::string, std::string>{{"nfs", "on"}, {"sit", "off"}});
+  config.setFeatures(std::map<std::string, std::string>{{"fuse", "on"}, {"ipv6", "off"}});
   config.setDevNodes(std::map<std::string, std::string>{{"net/tun", "rw"}});
   std::set<MBQ::MBQQoS> qoses;
   for (int i = 0; i < 30; ++i) qoses.insert(MBQ::MBQQoS("resource" + std::to_string(i), 1000LL * i, 2000LL * i));
@@ -72,7 +72,7 @@ KTR::KTREnvConfig makeConfig() {
   KTR::HardDisk::List::Images<KTR::HardDisk::Dromo> disks;
   for (int i = 0; i < 4; ++i) {
     KTR::HardDisk::Dromo disk(10737418240LL, true);
-    disk.setImage("/vz/private/101/root" + std::to_string(i) + ".hdd");
+    disk.setImage("/var/lib/quellix/private/101/disk" + std::to_string(i) + ".img");
     disk.setUuid(MBQ::MBQGUID(0x1234, 0x5678 + i));
     disks.disks().push_back(disk);
   }

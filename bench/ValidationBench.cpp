@@ -20,21 +20,21 @@ constexpr long long kUnlimited = 9223372036854775807LL;
 
 // The resources of examples/containers/101.conf, which pass every default formula.
 std::set<MBQ::MBQQoS> passingValues() {
-  return {MBQ::MBQQoS("kmemsize", 14372700, 14790164),  MBQ::MBQQoS("dcachesize", 3409920, 3624960),
-          MBQ::MBQQoS("privvmpages", 65536, 69632),     MBQ::MBQQoS("physpages", 0, kUnlimited),
-          MBQ::MBQQoS("swappages", 0, 262144),          MBQ::MBQQoS("shmpages", 21504, 21504),
-          MBQ::MBQQoS("lockedpages", 256, 256),         MBQ::MBQQoS("vmguarpages", 33792, kUnlimited),
-          MBQ::MBQQoS("oomguarpages", 26112, kUnlimited), MBQ::MBQQoS("slmmemorylimit", 536870912),
-          MBQ::MBQQoS("numproc", 240, 240),             MBQ::MBQQoS("avnumproc", 180),
-          MBQ::MBQQoS("numfile", 9312, 9312),           MBQ::MBQQoS("numflock", 188, 206),
-          MBQ::MBQQoS("numpty", 16, 16),                MBQ::MBQQoS("numsiginfo", 256, 256),
-          MBQ::MBQQoS("numiptent", 128, 128),           MBQ::MBQQoS("numtcpsock", 360, 360),
-          MBQ::MBQQoS("numothersock", 360, 360),        MBQ::MBQQoS("tcpsndbuf", 1720320, 2703360),
-          MBQ::MBQQoS("tcprcvbuf", 1720320, 2703360),   MBQ::MBQQoS("othersockbuf", 1126080, 2097152),
-          MBQ::MBQQoS("dgramrcvbuf", 262144, 262144),   MBQ::MBQQoS("diskspace", 2097152, 2306867),
-          MBQ::MBQQoS("diskinodes", 200000, 220000),    MBQ::MBQQoS("quotaugidlimit", 0),
-          MBQ::MBQQoS("cpuunits", 1000),                MBQ::MBQQoS("cpulimit", 2550),
-          MBQ::MBQQoS("cpus", 2),                       MBQ::MBQQoS("ioprio", 4)};
+  return {MBQ::MBQQoS("kernelmem", 12582912, 13631488), MBQ::MBQQoS("dircache", 2621440, 2883584),
+          MBQ::MBQQoS("privmem", 131072, 139264),        MBQ::MBQQoS("residentmem", 0, kUnlimited),
+          MBQ::MBQQoS("swapmem", 0, 65536),              MBQ::MBQQoS("sharedmem", 32768, 32768),
+          MBQ::MBQQoS("lockedmem", 512, 512),            MBQ::MBQQoS("guarmem", 65536, kUnlimited),
+          MBQ::MBQQoS("oomsafemem", 49152, kUnlimited),  MBQ::MBQQoS("slmmemorylimit", 536870912),
+          MBQ::MBQQoS("numproc", 256, 256),              MBQ::MBQQoS("avnumproc", 192),
+          MBQ::MBQQoS("openfiles", 8192, 8192),          MBQ::MBQQoS("filelocks", 256, 288),
+          MBQ::MBQQoS("terminals", 32, 32),              MBQ::MBQQoS("pendingsignals", 512, 512),
+          MBQ::MBQQoS("fwrules", 200, 200),              MBQ::MBQQoS("tcpsockets", 320, 320),
+          MBQ::MBQQoS("othersockets", 320, 320),         MBQ::MBQQoS("tcpsendbuf", 1572864, 2424832),
+          MBQ::MBQQoS("tcprecvbuf", 1572864, 2424832),   MBQ::MBQQoS("otherbuf", 1048576, 1900544),
+          MBQ::MBQQoS("dgramrecvbuf", 196608, 196608),   MBQ::MBQQoS("diskblocks", 4194304, 4718592),
+          MBQ::MBQQoS("inodes", 262144, 294912),         MBQ::MBQQoS("quotaids", 0),
+          MBQ::MBQQoS("cpuweight", 500),                 MBQ::MBQQoS("cpulimit", 2550),
+          MBQ::MBQQoS("cpus", 2),                        MBQ::MBQQoS("ioprio", 4)};
 }
 
 // The same with the changes of examples/containers/103.conf: four formulas violated.
@@ -42,8 +42,8 @@ std::set<MBQ::MBQQoS> violatingValues() {
   std::set<MBQ::MBQQoS> values;
   for (MBQ::MBQQoS qos : passingValues()) {
     if (qos.getId() == "numproc") qos = MBQ::MBQQoS("numproc", 800, 800);
-    if (qos.getId() == "numfile") qos = MBQ::MBQQoS("numfile", 9312, 9000);
-    if (qos.getId() == "tcpsndbuf") qos = MBQ::MBQQoS("tcpsndbuf", 1720320, 1720320);
+    if (qos.getId() == "openfiles") qos = MBQ::MBQQoS("openfiles", 8192, 8000);
+    if (qos.getId() == "tcpsendbuf") qos = MBQ::MBQQoS("tcpsendbuf", 1572864, 1572864);
     values.insert(qos);
   }
   return values;

@@ -47,7 +47,7 @@ TEST(MBQBashStrTest, ReadsAssignmentsAsBashWould) {
   };
   const Case cases[] = {
       {"A=b", "A", "b", 2, 2},
-      {" \tVE_ROOT=/vz/root/$", "VE_ROOT", "/vz/root/$", 10, 19},
+      {" \tVE_ROOT=/var/lib/quellix/root/$", "VE_ROOT", "/var/lib/quellix/root/$", 10, 32},
       {"_x9=1", "_x9", "1", 4, 4},
       {"name=\"a b\"  # the name", "name", "a b", 5, 9},
       {"A=x\t", "A", "x", 2, 2},
@@ -72,8 +72,8 @@ TEST(MBQBashStrTest, ReadsAssignmentsAsBashWould) {
       {"A=\"$ x$}\"", "A", "$ x$}", 2, 8},
       {"A='$HOME'\"\\$HOME\" ", "A", "$HOME$HOME", 2, 16},
       // The container id placeholder is kept as written.
-      {"VE_ROOT=\"/vz/root/$VEID\"", "VE_ROOT", "/vz/root/$VEID", 8, 23},
-      {"VE_PRIVATE=/vz/private/$VEID/x", "VE_PRIVATE", "/vz/private/$VEID/x", 11, 29},
+      {"VE_ROOT=\"/var/lib/quellix/root/$VEID\"", "VE_ROOT", "/var/lib/quellix/root/$VEID", 8, 36},
+      {"VE_PRIVATE=/var/lib/quellix/private/$VEID/x", "VE_PRIVATE", "/var/lib/quellix/private/$VEID/x", 11, 42},
       {"A=\"~\"'~'", "A", "~~", 2, 7},
       // Bytes are bytes: control characters, a CR of a CRLF file, UTF-8.
       {"A=\x01\x7f\r", "A", "\x01\x7f\r", 2, 4},

@@ -86,7 +86,7 @@ TEST(MBQQoSTest, UnspecifiedBarrierValueDoesNotCount) {
 }
 
 TEST(MBQQoSTest, RoundTripsThroughAMessage) {
-  const MBQQoS records[] = {MBQQoS("numproc", 100, 200), withoutBarrier("diskspace", 300),
+  const MBQQoS records[] = {MBQQoS("numproc", 100, 200), withoutBarrier("diskblocks", 300),
                             MBQQoS("cpu", -1, 0)};
   for (const MBQQoS& written : records) {
     MBQMessage message;

@@ -30,7 +30,7 @@ const char kSample[] = R"(<?xml version="1.0"?>
     <category>
       <name>qos</name>
       <parameter><name>numproc</name><value_type>2</value_type><complexity>1</complexity></parameter>
-      <parameter><name>cpuunits</name><value_type>1</value_type><complexity>1</complexity></parameter>
+      <parameter><name>cpuweight</name><value_type>1</value_type><complexity>1</complexity></parameter>
       <parameter><name>cpulimit</name><complexity>0</complexity><note>percent</note></parameter>
     </category>
     <category>
@@ -163,7 +163,7 @@ TEST(MBQVocMapTest, FailedLoadKeepsThePreviousContent) {
   // A successful load replaces everything, while handles taken before stay usable.
   ASSERT_EQ(0, vocabulary->load("<vocabulary/>"));
   EXPECT_EQ(nullptr, vocabulary->readCategory("qos"));
-  EXPECT_EQ("numproc,cpuunits,cpulimit", parameterNames(*before));
+  EXPECT_EQ("numproc,cpuweight,cpulimit", parameterNames(*before));
 }
 
 TEST(MBQVocMapTest, ReadsCategoriesByNameAndByPath) {
@@ -174,11 +174,11 @@ TEST(MBQVocMapTest, ReadsCategoriesByNameAndByPath) {
     const char* parameters;
   };
   const Case cases[] = {
-      {{"qos"}, "quellix", "numproc,cpuunits,cpulimit"},  // first technology in document order
+      {{"qos"}, "quellix", "numproc,cpuweight,cpulimit"},  // first technology in document order
       {{"common"}, "", "shared"},                         // the top level before any technology
       {{"tune"}, "quellix", "order"},
       {{"FORMULAE"}, "quellix", "order"},
-      {{"quellix", "qos"}, "quellix", "numproc,cpuunits,cpulimit"},
+      {{"quellix", "qos"}, "quellix", "numproc,cpuweight,cpulimit"},
       {{"other", "qos"}, "other", "memory"},
       {{"quellix", "common"}, "quellix", "own"},
       {{"quellix", "FORMULAE"}, "quellix", "order"},
@@ -259,7 +259,7 @@ TEST(MBQVocMapTest, IteratorEndsRestartsAndIgnoresCallerMoves) {
   std::string name;
   ASSERT_EQ(0, it.next());
   EXPECT_EQ(0, it->getValue(1010, name));
-  EXPECT_EQ("cpuunits", name);
+  EXPECT_EQ("cpuweight", name);
   ASSERT_EQ(0, it.next());
   EXPECT_EQ(-1, it.next());
   EXPECT_FALSE(it.isValid());
@@ -287,7 +287,7 @@ TEST(MBQVocMapTest, ThreadsIterateOneCategoryAtOnce) {
       for (int round = 0; round < 200; ++round) names = parameterNames(*category);
     });
   for (std::thread& thread : threads) thread.join();
-  for (const std::string& names : seen) EXPECT_EQ("numproc,cpuunits,cpulimit", names);
+  for (const std::string& names : seen) EXPECT_EQ("numproc,cpuweight,cpulimit", names);
 }
 
 class MBQVocMapFileTest : public ::testing::Test {

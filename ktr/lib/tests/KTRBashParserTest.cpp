@@ -143,9 +143,9 @@ TEST(KTRBashParserTest, ReadingSkipsLinesHoldingNulBytes) {
 
 TEST(KTRBashParserTest, WritingWithoutOldTextAppendsOneLinePerKey) {
   ScriptedGet get;
-  get.values = {{"ve_root", "/vz/root"}, {"onboot", "yes"}};
+  get.values = {{"ve_root", "/var/lib/quellix/root"}, {"onboot", "yes"}};
   get.order = {"onboot", "ve_root"};
-  const std::string appended = "ONBOOT=\"yes\"\nVE_ROOT=\"/vz/root\"\n";
+  const std::string appended = "ONBOOT=\"yes\"\nVE_ROOT=\"/var/lib/quellix/root\"\n";
 
   std::ostringstream noOld;
   ScriptedGet first = get;

@@ -33,7 +33,7 @@ using Addresses = std::vector<MBQ::MBQIPAddress>;
 const char* const kVocabulary =
     "<vocabulary><technology><name>quellix</name><category><name>qos</name>"
     "<parameter><name>NumProc</name><value_type>2</value_type><complexity>1</complexity></parameter>"
-    "<parameter><name>cpuunits</name><complexity>1</complexity></parameter>"
+    "<parameter><name>cpuweight</name><complexity>1</complexity></parameter>"
     "<parameter><name>cpulimit</name><value_type>1</value_type><complexity>0</complexity></parameter>"
     "<parameter><name>opaque</name><value_type>2</value_type></parameter>"
     "</category></technology></vocabulary>";
@@ -121,7 +121,7 @@ TEST_F(KTREnvConfigBashParserTest, ResourceMapComesFromTheVocabulary) {
     const char* key;
     QoS::Declaration declaration;
   } expected[] = {{"cpulimit", "CPULIMIT", {1, 0}},
-                  {"cpuunits", "CPUUNITS", {1, 1}},
+                  {"cpuweight", "CPUWEIGHT", {1, 1}},
                   {"numproc", "NUMPROC", {2, 1}},
                   {"opaque", "OPAQUE", {2, 2}}};
   for (const auto& e : expected) {
@@ -196,8 +196,8 @@ TEST_F(KTREnvConfigBashParserTest, PutCodes) {
   EXPECT_EQ(kUnknownKey, put.put("NUMPROC", "1")) << "keys arrive lower case";
   EXPECT_EQ(kBadResourceValue, put.put("opaque", "1:2"));
   EXPECT_EQ(0, put.put("numproc", "3"));
-  EXPECT_EQ(0, put.put("cpuunits", "junk"));
-  EXPECT_EQ((std::set<MBQ::MBQQoS>{MBQ::MBQQoS("cpuunits", 0), MBQ::MBQQoS("numproc", 3)}), put.collected().get())
+  EXPECT_EQ(0, put.put("cpuweight", "junk"));
+  EXPECT_EQ((std::set<MBQ::MBQQoS>{MBQ::MBQQoS("cpuweight", 0), MBQ::MBQQoS("numproc", 3)}), put.collected().get())
       << "a resource given twice keeps the later value";
   EXPECT_FALSE(put.collected().isSpecified()) << "getConfig marks it";
 }
@@ -216,7 +216,7 @@ TEST_F(KTREnvConfigBashParserTest, GetCodes) {
   EXPECT_EQ("", valueOf(config, "opaque")) << "a resource without a format is written empty";
   EXPECT_EQ("<-1002>", valueOf(config, "technologies"));
   EXPECT_EQ("<-1002>", valueOf(config, "hostname"));
-  EXPECT_EQ("<-1002>", valueOf(config, "cpuunits"));
+  EXPECT_EQ("<-1002>", valueOf(config, "cpuweight"));
   EXPECT_EQ("<-1002>", valueOf(config, "disk")) << "no disk list";
   EXPECT_EQ("<-1001>", valueOf(config, "no_such_key"));
   EXPECT_EQ("<-1001>", valueOf(config, ""));
@@ -235,7 +235,7 @@ TEST_F(KTREnvConfigBashParserTest, GetNextGivesTheFirstResourceThenFixedKeysThen
   const KTREnvConfig config;
   std::vector<std::string> expected = {"cpulimit"};
   for (const std::string& key : sortedFixedKeys()) expected.push_back(key);
-  for (const char* key : {"cpuunits", "numproc", "opaque"}) expected.push_back(key);
+  for (const char* key : {"cpuweight", "numproc", "opaque"}) expected.push_back(key);
   EXPECT_EQ(expected, allKeys(KTREnvConfigBashParser::ParameterParserGet(config, parser_->getQoSMap())));
 
   const KTREnvConfigBashParser::QoSMap noResources;
@@ -245,7 +245,7 @@ TEST_F(KTREnvConfigBashParserTest, GetNextGivesTheFirstResourceThenFixedKeysThen
 // ---------------------------------------------------------------- reading
 
 TEST_F(KTREnvConfigBashParserTest, ReadsEachKeyAsItsPropertyAndWritesItBack) {
-  const std::string disk = "image=/vz/101.hdd,size=1048576,uuid={6f1ed002-ab5d-11d1-8e4c-00c04fd430c8}";
+  const std::string disk = "image=/var/lib/quellix/private/101/disk.img,size=1048576,uuid={6f1ed002-ab5d-11d1-8e4c-00c04fd430c8}";
   const struct {
     std::string file;
     std::string key;
@@ -264,7 +264,7 @@ TEST_F(KTREnvConfigBashParserTest, ReadsEachKeyAsItsPropertyAndWritesItBack) {
       {"NAME=\"\"", "name", "<-1002>"},
       {"DESCRIPTION='a b'", "description", "a b"},
       {"VE_ROOT=\"\"", "ve_root", ""},
-      {"VE_PRIVATE=/vz/private/101", "ve_private", "/vz/private/101"},
+      {"VE_PRIVATE=/var/lib/quellix/private/101", "ve_private", "/var/lib/quellix/private/101"},
       {"NETFILTER=full", "netfilter", "full"},
       {"SLMMODE=all", "slmmode", "all"},
       {"UUID=abc", "uuid", "abc"},
@@ -290,7 +290,7 @@ TEST_F(KTREnvConfigBashParserTest, ReadsEachKeyAsItsPropertyAndWritesItBack) {
       {"NUMPROC=\"100:200\"", "numproc", "100:200"},
       {"NUMPROC=\"300\"", "numproc", "300"},
       {"NUMPROC=\"100:200\"\nNUMPROC=\"300\"", "numproc", "300"},
-      {"CPUUNITS=42xyz", "cpuunits", "42"},
+      {"CPUWEIGHT=42xyz", "cpuweight", "42"},
       {"CPULIMIT=12.5", "cpulimit", "12.5"},
       {"OPAQUE=\"1:2\"", "opaque", "<-1002>"},
       {"TECHNOLOGIES=\"hqfs x86_64\"", "arch", "x86_64"},
@@ -349,21 +349,21 @@ TEST_F(KTREnvConfigBashParserTest, RealisticFileWrittenBackKeepsEveryOtherByte) 
       "ONBOOT=\"yes\"   # start with the node\n"
       "\n"
       "# Resources (barrier:limit)\n"
-      "KMEMSIZE=14372700:14790164\n"
-      "NUMPROC=\"240:240\"\n"
-      "CPUUNITS=\"1000\"\n"
+      "KERNELMEM=12582912:13631488\n"
+      "NUMPROC=\"256:256\"\n"
+      "CPUWEIGHT=\"500\"\n"
       "CPULIMIT='12.5'\n"
       "\n"
-      "VE_ROOT=\"/vz/root/$VEID\"\n"
-      "VE_PRIVATE=\"/vz/private/101\"\n"
-      "OSTEMPLATE=\"centos-7-x86_64\"\n"
-      "ORIGIN_SAMPLE=\"vswap.512MB\"\n"
+      "VE_ROOT=\"/var/lib/quellix/root/$VEID\"\n"
+      "VE_PRIVATE=\"/var/lib/quellix/private/101\"\n"
+      "OSTEMPLATE=\"debian-12-minimal\"\n"
+      "ORIGIN_SAMPLE=\"web-small\"\n"
       "HostName=\"ct101.example.com\"\n"
       "IP_ADDRESS=\"10.0.0.5/24 10.0.0.6\"\n"
       "NAMESERVER=\"8.8.8.8  8.8.4.4\"\n"
       "TECHNOLOGIES=\"nptl x86_64\"\n"
       "NETIF=\"ifname=eth0,network=,mac=02:00:00:00:00:01,nettype=bridged,gw=10.0.0.1,ip=10.0.0.7/24,dhcp=no\"\n"
-      "DISK=\"image=/vz/101.hdd,size=1048576,uuid={6f1ed002-ab5d-11d1-8e4c-00c04fd430c8}\"\n"
+      "DISK=\"image=/var/lib/quellix/private/101/disk.img,size=1048576,uuid={6f1ed002-ab5d-11d1-8e4c-00c04fd430c8}\"\n"
       "CUSTOM_SETTING=\"kept as it is\"\n"
       "export PATH=/bin\n"
       "\t# indented comment\n"
@@ -374,21 +374,21 @@ TEST_F(KTREnvConfigBashParserTest, RealisticFileWrittenBackKeepsEveryOtherByte) 
       "ONBOOT=\"no\"   # start with the node\n"
       "\n"
       "# Resources (barrier:limit)\n"
-      "KMEMSIZE=\"14372700:14790164\"\n"
-      "NUMPROC=\"240:240\"\n"
-      "CPUUNITS=\"1000\"\n"
+      "KERNELMEM=\"12582912:13631488\"\n"
+      "NUMPROC=\"256:256\"\n"
+      "CPUWEIGHT=\"500\"\n"
       "CPULIMIT=\"12.5\"\n"
       "\n"
-      "VE_ROOT=\"/vz/root/$VEID\"\n"
-      "VE_PRIVATE=\"/vz/private/101\"\n"
-      "OSTEMPLATE=\"centos-7-x86_64\"\n"
-      "ORIGIN_SAMPLE=\"vswap.512MB\"\n"
+      "VE_ROOT=\"/var/lib/quellix/root/$VEID\"\n"
+      "VE_PRIVATE=\"/var/lib/quellix/private/101\"\n"
+      "OSTEMPLATE=\"debian-12-minimal\"\n"
+      "ORIGIN_SAMPLE=\"web-small\"\n"
       "HostName=\"ct101.example.com\"\n"
       "IP_ADDRESS=\"10.0.0.5/24 10.0.0.6\"\n"
       "NAMESERVER=\"8.8.8.8 8.8.4.4\"\n"
       "TECHNOLOGIES=\"nptl x86_64\"\n"
       "NETIF=\"ifname=eth0,network=,mac=02:00:00:00:00:01,nettype=bridged,gw=10.0.0.1,ip=10.0.0.7/24,dhcp=no\"\n"
-      "DISK=\"image=/vz/101.hdd,size=1048576,uuid={6f1ed002-ab5d-11d1-8e4c-00c04fd430c8}\"\n"
+      "DISK=\"image=/var/lib/quellix/private/101/disk.img,size=1048576,uuid={6f1ed002-ab5d-11d1-8e4c-00c04fd430c8}\"\n"
       "CUSTOM_SETTING=\"kept as it is\"\n"
       "export PATH=/bin\n"
       "\t# indented comment\n"
@@ -583,14 +583,14 @@ TEST_F(KTREnvConfigBashParserTest, DiffConfigReportsChangedKeysInKeyOrder) {
   EXPECT_EQ((Changes{{"onboot", "no"}}), changes);
 
   const KTREnvConfig several =
-      read("ONBOOT=yes\nCPULIMIT=25\nNUMPROC=1:3\nIP_ADDRESS=\"10.0.0.1 10.0.0.2\"\nCPUUNITS=10\nROLES=web\n");
+      read("ONBOOT=yes\nCPULIMIT=25\nNUMPROC=1:3\nIP_ADDRESS=\"10.0.0.1 10.0.0.2\"\nCPUWEIGHT=10\nROLES=web\n");
   changes = {{"kept", "entry"}};
   EXPECT_EQ(0, parser_->diffConfig(oldConfig, several, changes));
   EXPECT_EQ((Changes{{"kept", "entry"},
                      {"cpulimit", "25"},
                      {"ip_address", "10.0.0.1 10.0.0.2"},
                      {"roles", "web"},
-                     {"cpuunits", "10"},
+                     {"cpuweight", "10"},
                      {"numproc", "1:3"}}),
             changes)
       << "the removed hostname is not a change";

@@ -105,7 +105,7 @@ TEST(KTREnvConfigTest, ElementsFollowTheFixedOrderWhateverTheSetterOrder) {
   config.setSample(false);
   config.setUUID(std::string("u"));
   config.setDisabled(false);
-  config.setVERootVar(std::string("/vz/root/$VEID"));
+  config.setVERootVar(std::string("/var/lib/quellix/root/$VEID"));
   config.setVeid(CtidWrapper(101));
   const std::vector<std::string> expected{"veid",    "ctid",      "ve_root", "disabled", "uuid", "is_sample",
                                           "devnodes", "name"};
@@ -142,14 +142,14 @@ TEST(KTREnvConfigTest, VeidSubstitutionReplacesBothSpellings) {
 TEST(KTREnvConfigTest, ExpandedPathsNeedTheVariableAndTheId) {
   KTREnvConfig config;
   std::string path = "unchanged";
-  config.setVERootVar(std::string("/vz/root/$VEID"));
+  config.setVERootVar(std::string("/var/lib/quellix/root/$VEID"));
   EXPECT_EQ(-1, config.getVERoot(path)) << "no container id yet";
   EXPECT_EQ("unchanged", path);
   config.setVeid(101);
   ASSERT_EQ(0, config.getVERoot(path));
-  EXPECT_EQ("/vz/root/101", path);
+  EXPECT_EQ("/var/lib/quellix/root/101", path);
   EXPECT_EQ(-1, config.getVEPrivate(path));
-  EXPECT_EQ("/vz/root/101", path);
+  EXPECT_EQ("/var/lib/quellix/root/101", path);
 }
 
 TEST(KTREnvConfigTest, ListsRoundTripAndTellEmptyFromAbsent) {

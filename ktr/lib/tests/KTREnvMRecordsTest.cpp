@@ -46,7 +46,7 @@ TEST_F(KTREnvMRecordsTest, LogOptionsAndNativeConfigReadAsTheirClassThroughTheCo
   EXPECT_EQ(2, logBack->getLevel());
 
   auto native = std::make_shared<KTRNativeConfig>();
-  native->setText("VE_ROOT=\"/vz/root/$VEID\"\n");
+  native->setText("VE_ROOT=\"/var/lib/quellix/root/$VEID\"\n");
   const std::shared_ptr<MBQ::MBQNativeConfig> nativeBase = native;
   std::shared_ptr<MBQ::MBQNativeConfig> nativeBack;
   const std::string nativeText = write(nativeBase, nullptr, MBQ::MBQWriterDerived<MBQ::MBQNativeConfig>());

@@ -176,20 +176,20 @@ TEST(KTREnvSampleMTest, FailuresComeWithTheirStatusAndMessage) {
   EXPECT_TRUE(out.empty());
 }
 
-TEST(KTREnvSampleMTest, TheDefaultVocabularyAcceptsAClassicConfiguration) {
-  // The sample values docs/vocabulary.md quotes, completed so that every formula holds.
+TEST(KTREnvSampleMTest, TheDefaultVocabularyAcceptsTheShippedExample) {
+  // The values of examples/containers/101.conf that the formulas read.
   const std::set<MBQ::MBQQoS> values = {
-      MBQ::MBQQoS("kmemsize", 14372700, 14790164),   MBQ::MBQQoS("dcachesize", 3409920, 3624960),
-      MBQ::MBQQoS("privvmpages", 65536, 69632),      MBQ::MBQQoS("shmpages", 21504, 21504),
-      MBQ::MBQQoS("lockedpages", 256, 256),          MBQ::MBQQoS("vmguarpages", 33792, 9223372036854775807LL),
-      MBQ::MBQQoS("oomguarpages", 26112, 9223372036854775807LL), MBQ::MBQQoS("numproc", 240, 240),
-      MBQ::MBQQoS("avnumproc", 180),                 MBQ::MBQQoS("numfile", 9312, 9312),
-      MBQ::MBQQoS("numflock", 188, 206),             MBQ::MBQQoS("numpty", 16, 16),
-      MBQ::MBQQoS("numtcpsock", 360, 360),           MBQ::MBQQoS("numothersock", 360, 360),
-      MBQ::MBQQoS("tcpsndbuf", 1720320, 2703360),    MBQ::MBQQoS("tcprcvbuf", 1720320, 2703360),
-      MBQ::MBQQoS("othersockbuf", 1126080, 2097152), MBQ::MBQQoS("dgramrcvbuf", 262144, 262144),
-      MBQ::MBQQoS("diskspace", 2097152, 2306867),    MBQ::MBQQoS("diskinodes", 200000, 220000),
-      MBQ::MBQQoS("cpuunits", 1000),
+      MBQ::MBQQoS("kernelmem", 12582912, 13631488), MBQ::MBQQoS("dircache", 2621440, 2883584),
+      MBQ::MBQQoS("privmem", 131072, 139264),       MBQ::MBQQoS("sharedmem", 32768, 32768),
+      MBQ::MBQQoS("lockedmem", 512, 512),           MBQ::MBQQoS("guarmem", 65536, 9223372036854775807LL),
+      MBQ::MBQQoS("oomsafemem", 49152, 9223372036854775807LL), MBQ::MBQQoS("numproc", 256, 256),
+      MBQ::MBQQoS("avnumproc", 192),                MBQ::MBQQoS("openfiles", 8192, 8192),
+      MBQ::MBQQoS("filelocks", 256, 288),           MBQ::MBQQoS("terminals", 32, 32),
+      MBQ::MBQQoS("tcpsockets", 320, 320),          MBQ::MBQQoS("othersockets", 320, 320),
+      MBQ::MBQQoS("tcpsendbuf", 1572864, 2424832),  MBQ::MBQQoS("tcprecvbuf", 1572864, 2424832),
+      MBQ::MBQQoS("otherbuf", 1048576, 1900544),    MBQ::MBQQoS("dgramrecvbuf", 196608, 196608),
+      MBQ::MBQQoS("diskblocks", 4194304, 4718592),  MBQ::MBQQoS("inodes", 262144, 294912),
+      MBQ::MBQQoS("cpuweight", 500),
   };
   std::vector<KTRQoSValidation> out;
   ASSERT_EQ(0, validateQoSes(&out, defaultVocabulary(), configWith(values))) << MBQ::getErrorMessage();
@@ -201,10 +201,10 @@ TEST(KTREnvSampleMTest, TheDefaultVocabularyAcceptsAClassicConfiguration) {
 class KTRQoSValidationTest : public testing::RecordTest {};
 
 TEST_F(KTRQoSValidationTest, WritesInLayoutOrderAndReadsBack) {
-  const KTRQoSValidation record({"numproc", "avnumproc"}, 501, "numfile.soft >= 32 * avnumproc", "too few files");
+  const KTRQoSValidation record({"numproc", "avnumproc"}, 501, "openfiles.soft >= 32 * avnumproc", "too few files");
   const std::string text = write(record);
   EXPECT_THAT(text, ::testing::HasSubstr("<r><type>501</type><parameter>numproc</parameter><parameter>avnumproc"
-                                         "</parameter><warning>numfile.soft &gt;= 32 * avnumproc</warning>"
+                                         "</parameter><warning>openfiles.soft &gt;= 32 * avnumproc</warning>"
                                          "<warning_info>too few files</warning_info></r>"));
   KTRQoSValidation read;
   ASSERT_EQ(0, this->read(text, read));

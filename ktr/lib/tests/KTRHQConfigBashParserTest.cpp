@@ -53,11 +53,11 @@ TEST(KTRHQConfigBashParserTest, IsOneSharedInstance) {
 }
 
 TEST(KTRHQConfigBashParserTest, KeepsEveryAssignmentRawAndInterpretsTheDirectories) {
-  const KTRVtSettings settings = read("# global\nLOCKDIR=/run/lock\nTemplate=\"/vz/template\"\nVE0CPUUNITS=1000\n");
-  EXPECT_EQ((Raw{{"lockdir", "/run/lock"}, {"template", "/vz/template"}, {"ve0cpuunits", "1000"}}),
+  const KTRVtSettings settings = read("# global\nLOCKDIR=/run/lock\nTemplate=\"/var/lib/quellix/templates\"\nAGENT_LOG_LEVEL=2\n");
+  EXPECT_EQ((Raw{{"lockdir", "/run/lock"}, {"template", "/var/lib/quellix/templates"}, {"agent_log_level", "2"}}),
             settings.getSettingsMap());
   EXPECT_EQ(MBQ::MBQOptionalProperty<std::string>("/run/lock"), settings.getLockDir());
-  EXPECT_EQ(MBQ::MBQOptionalProperty<std::string>("/vz/template"), settings.getTemplateDir());
+  EXPECT_EQ(MBQ::MBQOptionalProperty<std::string>("/var/lib/quellix/templates"), settings.getTemplateDir());
   EXPECT_FALSE(settings.getOfflineServices().isSpecified());
 
   EXPECT_EQ(MBQ::MBQOptionalProperty<std::string>(""), read("TEMPLATE=\n").getTemplateDir());

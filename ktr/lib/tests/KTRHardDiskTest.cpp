@@ -36,13 +36,13 @@ Dromo dromo(const std::string& image, long long size, const MBQ::MBQGUID& uuid =
 }
 
 Loopback loopback(const MBQ::MBQGUID& uuid) {
-  Loopback disk(MBQ::MBQDevMountInfo("/vz/loop/101.img", "/vz/root/101", "ext4", 1, 0, 2));
+  Loopback disk(MBQ::MBQDevMountInfo("/var/lib/quellix/images/101.img", "/var/lib/quellix/root/101", "ext4", 1, 0, 2));
   disk.setUuid(uuid);
   return disk;
 }
 
 HqFS hqfs(const std::string& path) {
-  HqFS disk(MBQ::MBQQoS("diskspace", 1048576, 1153434), MBQ::MBQQoS("diskinodes", 200000, 220000));
+  HqFS disk(MBQ::MBQQoS("diskblocks", 1048576, 1153434), MBQ::MBQQoS("inodes", 200000, 220000));
   disk.setPath(path);
   return disk;
 }
@@ -150,7 +150,7 @@ TEST_F(KTRHardDiskTest, DromoTextFormIsSortedPairsWithBracedUuid) {
   const Case cases[] = {
       {dromo("/a.img", 1048576, kGuid), "image=/a.img,size=1048576,uuid={" + kGuidText + "}", true},
       {dromo("", 0), "image=,size=0,uuid={" + kEmptyGuidText + "}", true},
-      {dromo("/vz/x.hdd", 9223372036854775807LL), "image=/vz/x.hdd,size=9223372036854775807,uuid={" + kEmptyGuidText + "}", true},
+      {dromo("/var/lib/quellix/private/101/large.img", 9223372036854775807LL), "image=/var/lib/quellix/private/101/large.img,size=9223372036854775807,uuid={" + kEmptyGuidText + "}", true},
       // Written with image and size, but an image of a disk without size is not read back.
       {dromo("/a.img", 0, kGuid), "image=/a.img,size=0,uuid={" + kGuidText + "}", false},
       {dromo("/a.img", -5), "image=/a.img,size=-5,uuid={" + kEmptyGuidText + "}", false},
@@ -217,7 +217,7 @@ TEST_F(KTRHardDiskTest, DromoFromStringFillsInPlace) {
 // ---------------------------------------------------------------- records in messages
 
 TEST_F(KTRHardDiskTest, RecordsRoundTripThroughMessages) {
-  const HqFS fsDisk = hqfs("/vz/private/101");
+  const HqFS fsDisk = hqfs("/var/lib/quellix/private/101");
   HqFS fsBack;
   EXPECT_EQ(0, readBack(*throughXml(fsDisk, HqFS::Writer()), fsBack, HqFS::Reader()));
   EXPECT_EQ(fsDisk, fsBack);
@@ -320,7 +320,7 @@ TEST_F(KTRHardDiskTest, DefaultsOfTheRecords) {
 // ---------------------------------------------------------------- lists in messages
 
 TEST_F(KTRHardDiskTest, DerivedReadingChoosesTheListClass) {
-  const List::HqFS fsList(hqfs("/vz/private/7"));
+  const List::HqFS fsList(hqfs("/var/lib/quellix/private/7"));
   const DromoList images({dromo("/a.img", 1, kGuid), dromo("/b.img", 2, MBQ::MBQGUID(), false)});
   const LoopbackList loops({loopback(kGuid), Loopback()});
   const MBQ::MBQWriterDerived<List::Base> writer;
@@ -381,7 +381,7 @@ TEST_F(KTRHardDiskTest, ValidatorMarksListsThatPointAtStorage) {
   };
   const Case cases[] = {
       {std::make_shared<List::HqFS>(hqfs("")), 0},
-      {std::make_shared<List::HqFS>(hqfs("/vz/private/101")), 1},
+      {std::make_shared<List::HqFS>(hqfs("/var/lib/quellix/private/101")), 1},
       {std::make_shared<DromoList>(), 0},
       {std::make_shared<DromoList>(std::vector<Dromo>{dromo("/a.img", 1, kGuid)}), 0},
       {std::make_shared<LoopbackList>(std::vector<Loopback>{loopback(kGuid)}), 1},
@@ -398,7 +398,7 @@ TEST_F(KTRHardDiskTest, SaveVisitorWritesOnlyImageDiskLists) {
   EXPECT_EQ("image=/a.img,size=1,uuid={" + kGuidText + "};image=/b.img,size=2,uuid={" + kEmptyGuidText + "}",
             save.result());
 
-  List::HqFS fsList(hqfs("/vz/private/1"));
+  List::HqFS fsList(hqfs("/var/lib/quellix/private/1"));
   EXPECT_EQ(Disk::kNoTextForm, fsList.accept(save));
   EXPECT_EQ("", save.result()) << "text of an earlier list is dropped";
 
@@ -422,21 +422,21 @@ std::vector<Dromo> disksOf(const KTREnvConfig& config) {
 }
 
 TEST_F(KTRHardDiskTest, DiskValueRoundTrips) {
-  const std::string a = "image=/vz/a.hdd,size=1048576,uuid={" + kGuidText + "}";
-  const std::string b = "image=/vz/b.hdd,size=2048,uuid={" + kEmptyGuidText + "}";
+  const std::string a = "image=/var/lib/quellix/private/101/disk.img,size=1048576,uuid={" + kGuidText + "}";
+  const std::string b = "image=/var/lib/quellix/private/101/data.img,size=2048,uuid={" + kEmptyGuidText + "}";
   struct Case {
     std::string value;
     std::vector<Dromo> disks;
     std::string written;
   };
   const Case cases[] = {
-      {a, {dromo("/vz/a.hdd", 1048576, kGuid)}, a},
-      {a + ";" + b, {dromo("/vz/a.hdd", 1048576, kGuid), dromo("/vz/b.hdd", 2048)}, a + ";" + b},
-      {"  " + a + " ;\t" + b + " ;; ", {dromo("/vz/a.hdd", 1048576, kGuid), dromo("/vz/b.hdd", 2048)}, a + ";" + b},
-      {";" + a + ";", {dromo("/vz/a.hdd", 1048576, kGuid)}, a},
+      {a, {dromo("/var/lib/quellix/private/101/disk.img", 1048576, kGuid)}, a},
+      {a + ";" + b, {dromo("/var/lib/quellix/private/101/disk.img", 1048576, kGuid), dromo("/var/lib/quellix/private/101/data.img", 2048)}, a + ";" + b},
+      {"  " + a + " ;\t" + b + " ;; ", {dromo("/var/lib/quellix/private/101/disk.img", 1048576, kGuid), dromo("/var/lib/quellix/private/101/data.img", 2048)}, a + ";" + b},
+      {";" + a + ";", {dromo("/var/lib/quellix/private/101/disk.img", 1048576, kGuid)}, a},
       // Without an image a disk is stored without "expanded", so it comes back not expanded.
-      {"size=0,image=/vz/c.hdd", {dromo("", 0, MBQ::MBQGUID(), false)}, "image=,size=0,uuid={" + kEmptyGuidText + "}"},
-      {"image=/vz/my disk.hdd,size=5", {dromo("/vz/my", 5)}, "image=/vz/my,size=5,uuid={" + kEmptyGuidText + "}"},
+      {"size=0,image=/var/lib/quellix/private/101/spare.img", {dromo("", 0, MBQ::MBQGUID(), false)}, "image=,size=0,uuid={" + kEmptyGuidText + "}"},
+      {"image=/var/lib/quellix/private/101/my disk.img,size=5", {dromo("/var/lib/quellix/private/101/my", 5)}, "image=/var/lib/quellix/private/101/my,size=5,uuid={" + kEmptyGuidText + "}"},
       {"junk", {dromo("", 0, MBQ::MBQGUID(), false)}, "image=,size=0,uuid={" + kEmptyGuidText + "}"},
   };
   for (const Case& c : cases) {
@@ -480,7 +480,7 @@ TEST_F(KTRHardDiskTest, WriteDisksWithoutTextForm) {
 
 TEST_F(KTRHardDiskTest, DiskValueDoesNotReplaceDisksInUse) {
   KTREnvConfig config;
-  const List::HqFS inUse(hqfs("/vz/private/101"));
+  const List::HqFS inUse(hqfs("/var/lib/quellix/private/101"));
   ASSERT_EQ(0, config.setHardDisks(&inUse));
   EXPECT_EQ(-1, Disk::readDisks("disk", "image=/a.img,size=1", config));
   std::shared_ptr<List::Base> disks;

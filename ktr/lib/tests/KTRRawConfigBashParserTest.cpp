@@ -32,8 +32,8 @@ TEST(KTRRawConfigBashParserTest, IsOneSharedInstance) {
 }
 
 TEST(KTRRawConfigBashParserTest, ReadsEveryAssignmentUnderItsLowerCaseName) {
-  EXPECT_EQ((Config{{"foo", "a b"}, {"ve_root", "/vz/root/$VEID"}, {"empty", ""}}),
-            read("# header\nFoo=\"a b\" # c\nVE_ROOT='/vz/root/$VEID'\necho hi\nEMPTY=\n"));
+  EXPECT_EQ((Config{{"foo", "a b"}, {"ve_root", "/var/lib/quellix/root/$VEID"}, {"empty", ""}}),
+            read("# header\nFoo=\"a b\" # c\nVE_ROOT='/var/lib/quellix/root/$VEID'\necho hi\nEMPTY=\n"));
 }
 
 TEST(KTRRawConfigBashParserTest, TheFirstAssignmentOfAKeyWinsAlsoOverTheMap) {

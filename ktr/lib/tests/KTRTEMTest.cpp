@@ -84,7 +84,7 @@ KTRPackageHQTemplate fullTemplate() {
   tmpl.setOsTemplate(true);
   tmpl.setSecondaryFlag(true);
   tmpl.setUpToDate(true);
-  tmpl.setValue("/vz/template/centos/7/x86_64");
+  tmpl.setValue("/var/lib/quellix/templates/debian-12-minimal");
   tmpl.setTechnologyList({"hqfs", "x86_64", "nptl"});
   return tmpl;
 }

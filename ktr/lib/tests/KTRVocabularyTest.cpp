@@ -80,8 +80,8 @@ TEST(KTRVocabularyTest, BuiltInVocabularyHasResourcesAndFormulasOfTheTechnology)
 TEST(KTRVocabularyTest, ResourcesUseEveryReadableDeclaration) {
   const std::map<std::string, std::pair<int, int>> resources = defaultResources();
   const std::pair<std::string, std::pair<int, int>> expected[] = {
-      {"numproc", {2, 1}}, {"kmemsize", {2, 1}},       {"diskspace", {2, 1}}, {"diskinodes", {2, 1}},
-      {"avnumproc", {1, 1}}, {"slmmemorylimit", {1, 1}}, {"cpuunits", {1, 1}}, {"cpus", {1, 1}},
+      {"numproc", {2, 1}}, {"kernelmem", {2, 1}},       {"diskblocks", {2, 1}}, {"inodes", {2, 1}},
+      {"avnumproc", {1, 1}}, {"slmmemorylimit", {1, 1}}, {"cpuweight", {1, 1}}, {"cpus", {1, 1}},
       {"cpulimit", {1, 0}},
   };
   for (const auto& resource : expected) {

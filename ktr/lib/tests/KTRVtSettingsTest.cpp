@@ -57,13 +57,13 @@ class KTRVtSettingsTest : public testing::RecordTest {
 KTRVtSettings fullSettings() {
   KTRVtSettings settings;
   settings.setSettingsVersion(3);
-  settings.setLockDir(std::string("/vz/lock"));
-  settings.setTemplateDir(std::string("/vz/template"));
+  settings.setLockDir(std::string("/run/quellix/lock"));
+  settings.setTemplateDir(std::string("/var/lib/quellix/templates"));
   settings.setSettingsMap({{"a", "1"}, {"b", "2"}});
   settings.setOfflineServices(std::vector<KTRRedirectService>{
-      KTRRedirectService("vzpp", 4643, MBQ::MBQEID("sve-1"), true),
+      KTRRedirectService("webpanel", 8080, MBQ::MBQEID("sve-1"), true),
       KTRRedirectService("ssh", 22, MBQ::MBQEID("sve-2"), false)});
-  settings.setQoSes({MBQ::MBQQoS("numproc", 100, 200), MBQ::MBQQoS("cpuunits", 1000)});
+  settings.setQoSes({MBQ::MBQQoS("numproc", 100, 200), MBQ::MBQQoS("cpuweight", 1000)});
   return settings;
 }
 
@@ -79,7 +79,7 @@ TEST_F(KTRVtSettingsTest, RedirectServiceFlagIsAnElementOfItsOwn) {
       {true, {"name", "port", "eid", "redirect_flag"}},
   };
   for (const Case& c : cases) {
-    const KTRRedirectService service("vzpp", 4643, MBQ::MBQEID("sve"), c.flag);
+    const KTRRedirectService service("webpanel", 8080, MBQ::MBQEID("sve"), c.flag);
     const std::string text = write(service);
     EXPECT_EQ(c.children, childNames(at(text))) << text;
     KTRRedirectService back("old", 1, MBQ::MBQEID("old"), !c.flag);
@@ -89,7 +89,7 @@ TEST_F(KTRVtSettingsTest, RedirectServiceFlagIsAnElementOfItsOwn) {
 }
 
 TEST_F(KTRVtSettingsTest, RedirectServiceNeedsNamePortAndTarget) {
-  const std::string text = write(KTRRedirectService("vzpp", 4643, MBQ::MBQEID("sve"), true));
+  const std::string text = write(KTRRedirectService("webpanel", 8080, MBQ::MBQEID("sve"), true));
   std::string type;
   ASSERT_EQ(0, at(text).getSchemaType(type));
   EXPECT_EQ(std::string(MBQ::kTypesNamespace) + ":redirect_serviceType", type);
@@ -233,7 +233,7 @@ TEST_F(KTRVtSettingsTest, ResourcesAreReadWithoutFailingTheRecord) {
 TEST_F(KTRVtSettingsTest, BaseRecordDecidesTheResult) {
   KTRVtSettings back;
   EXPECT_EQ(-1, read(without(write(fullSettings()), "settings_version"), back));
-  EXPECT_EQ(MBQOptionalProperty<std::string>(std::string("/vz/lock")), back.getLockDir())
+  EXPECT_EQ(MBQOptionalProperty<std::string>(std::string("/run/quellix/lock")), back.getLockDir())
       << "the own elements are read before the base part";
 }
 

@@ -106,13 +106,13 @@ TEST_F(ktrctlTest, RawSetRewritesInPlaceKeepsOtherLinesAndAppendsNewKeys) {
 }
 
 TEST_F(ktrctlTest, GlobalSetReplacesInterpretedAndRawKeys) {
-  const std::string path = file("global.conf", "LOCKDIR=\"/a\"\nTEMPLATE=\"/vz/template\"\nVE0CPUUNITS=\"1000\"\n");
-  Outcome set = ktrctl({"global", "set", path, "LOCKDIR=/b", "VE0CPUUNITS=2000"});
+  const std::string path = file("global.conf", "LOCKDIR=\"/a\"\nTEMPLATE=\"/var/lib/quellix/templates\"\nAGENT_LOG_LEVEL=\"2\"\n");
+  Outcome set = ktrctl({"global", "set", path, "LOCKDIR=/b", "AGENT_LOG_LEVEL=3"});
   ASSERT_EQ(0, set.exit) << set.err;
-  EXPECT_EQ("LOCKDIR=\"/b\"\nTEMPLATE=\"/vz/template\"\nVE0CPUUNITS=\"2000\"\n", slurp(path));
+  EXPECT_EQ("LOCKDIR=\"/b\"\nTEMPLATE=\"/var/lib/quellix/templates\"\nAGENT_LOG_LEVEL=\"3\"\n", slurp(path));
   Outcome get = ktrctl({"global", "get", path, "lockdir", "template"});
   EXPECT_EQ(0, get.exit);
-  EXPECT_EQ("lockdir=/b\ntemplate=/vz/template\n", get.out);
+  EXPECT_EQ("lockdir=/b\ntemplate=/var/lib/quellix/templates\n", get.out);
 }
 
 const std::string kContainer = std::string(KTR_EXAMPLES_DIR) + "/containers/101.conf";
@@ -121,7 +121,7 @@ TEST_F(ktrctlTest, GetPrintsWrittenValuesAndTellsKeysWithoutValue) {
   const std::string path = file("101.conf", slurp(kContainer));
   Outcome some = ktrctl({"get", path, "numproc", "Arch", "CPULIMIT", "IP_ADDRESS"});
   EXPECT_EQ(0, some.exit) << some.err;
-  EXPECT_EQ("NUMPROC=\"240:240\"\nARCH=\"x86\"\nCPULIMIT=\"25.5\"\nIP_ADDRESS=\"10.0.0.101/24 10.0.0.102/24\"\n",
+  EXPECT_EQ("NUMPROC=\"256:256\"\nARCH=\"x86\"\nCPULIMIT=\"25.5\"\nIP_ADDRESS=\"10.0.0.101/24 10.0.0.102/24\"\n",
             some.out);
   Outcome unset = ktrctl({"get", path, "SLMMODE", "NAME"});
   EXPECT_EQ(1, unset.exit);
@@ -129,7 +129,7 @@ TEST_F(ktrctlTest, GetPrintsWrittenValuesAndTellsKeysWithoutValue) {
   expectOneErrorLine(ktrctl({"get", path, "NO_SUCH_KEY"}));
   Outcome all = ktrctl({"get", path});
   EXPECT_EQ(0, all.exit);
-  EXPECT_NE(std::string::npos, all.out.find("VE_ROOT=\"/vz/root/$VEID\"\n")) << all.out;
+  EXPECT_NE(std::string::npos, all.out.find("VE_ROOT=\"/var/lib/quellix/root/$VEID\"\n")) << all.out;
   EXPECT_EQ(std::string::npos, all.out.find("LOCAL_NOTE")) << "unknown keys are not the record's";
 }
 
@@ -142,10 +142,10 @@ TEST_F(ktrctlTest, SetChangesOnlyTheGivenValuesAndKeepsEveryOtherLine) {
   auto replace = [&expected](const std::string& from, const std::string& to) {
     expected.replace(expected.find(from), from.size(), to);
   };
-  replace("NUMPROC=\"240:240\"", "NUMPROC=\"300:310\"");
+  replace("NUMPROC=\"256:256\"", "NUMPROC=\"300:310\"");
   replace("ONBOOT=\"yes\"", "ONBOOT=\"no\"");
   // Lines the record holds are rewritten with their values in the writer's form.
-  replace("VE_PRIVATE='/vz/private/$VEID'", "VE_PRIVATE=\"/vz/private/$VEID\"");
+  replace("VE_PRIVATE='/var/lib/quellix/private/$VEID'", "VE_PRIVATE=\"/var/lib/quellix/private/$VEID\"");
   replace("IPTABLES=\"iptable_filter iptable_mangle ipt_REJECT\"", "IPTABLES=\"ipt_REJECT iptable_filter iptable_mangle\"");
   EXPECT_EQ(expected, slurp(path));
 }
@@ -183,7 +183,7 @@ TEST_F(ktrctlTest, ReadPrintsTheTypedConfiguration) {
   Outcome read = ktrctl({"read", kContainer});
   EXPECT_EQ(0, read.exit) << read.err;
   EXPECT_NE(std::string::npos, read.out.find("xsi:type=\"ktr:venv_configType\"")) << read.out;
-  EXPECT_NE(std::string::npos, read.out.find("<ktr:ve_root>/vz/root/$VEID</ktr:ve_root>")) << read.out;
+  EXPECT_NE(std::string::npos, read.out.find("<ktr:ve_root>/var/lib/quellix/root/$VEID</ktr:ve_root>")) << read.out;
 }
 
 TEST_F(ktrctlTest, MalformedFileIsOneErrorLineWithFileAndLine) {
@@ -243,12 +243,12 @@ TEST_F(ktrctlTest, ValidatePrintsOneLinePerViolationAndExitsOne) {
   EXPECT_EQ(1, run.exit) << run.err;
   EXPECT_EQ("", run.err);
   EXPECT_EQ(
-      "101: QOS.soft <= QOS.hard: numfile: The barrier of a resource is above its limit.\n"
-      "201: kmemsize.soft >= 40kb * avnumproc + dcachesize.hard: kmemsize,dcachesize,avnumproc: The kmemsize barrier "
-      "must hold 40 KB for each average process plus the dcachesize limit.\n"
-      "301: tcpsndbuf.hard - tcpsndbuf.soft >= 2.5kb * numtcpsock.hard: numtcpsock,tcpsndbuf: The tcpsndbuf limit "
+      "101: QOS.soft <= QOS.hard: openfiles: The barrier of a resource is above its limit.\n"
+      "201: kernelmem.soft >= 40kb * avnumproc + dircache.hard: kernelmem,dircache,avnumproc: The kernelmem barrier "
+      "must hold 40 KB for each average process plus the dircache limit.\n"
+      "301: tcpsendbuf.hard - tcpsendbuf.soft >= 2.5kb * tcpsockets.hard: tcpsockets,tcpsendbuf: The tcpsendbuf limit "
       "must exceed its barrier by 2.5 KB for each TCP socket.\n"
-      "501: numfile.soft >= 32 * avnumproc: avnumproc,numfile: The numfile barrier must allow 32 open files for each "
+      "501: openfiles.soft >= 32 * avnumproc: avnumproc,openfiles: The openfiles barrier must allow 32 open files for each "
       "average process.\n",
       run.out);
 }
@@ -257,20 +257,20 @@ TEST_F(ktrctlTest, ValidateUsesTheGivenVocabulary) {
   const std::string head =
       "<vocabulary><technology><name>quellix</name><category><name>qos</name>"
       "<parameter><name>numproc</name><value_type>2</value_type><complexity>1</complexity></parameter>"
-      "<parameter><name>numfile</name><value_type>2</value_type><complexity>1</complexity></parameter>"
+      "<parameter><name>openfiles</name><value_type>2</value_type><complexity>1</complexity></parameter>"
       "</category><category><name>tune</name>";
   const std::string tail = "</category></technology></vocabulary>";
-  const std::string conf = file("c.conf", "NUMPROC=\"10:20\"\nNUMFILE=\"5\"\nSLMMODE=\"ub\"\n");
+  const std::string conf = file("c.conf", "NUMPROC=\"10:20\"\nOPENFILES=\"5\"\nSLMMODE=\"ub\"\n");
   const std::string strict = file("strict.xml", head +
-                                                    "<parameter><name>f</name><type>7</type><formula>numfile &gt;= "
+                                                    "<parameter><name>f</name><type>7</type><formula>openfiles &gt;= "
                                                     "numproc.hard</formula><formula_info>few files</formula_info>"
                                                     "</parameter>" + tail);
   Outcome run = ktrctl({"--vocab", strict, "validate", conf});
   EXPECT_EQ(1, run.exit) << run.err;
-  EXPECT_EQ("7: numfile >= numproc.hard: numproc,numfile: few files\n", run.out);
+  EXPECT_EQ("7: openfiles >= numproc.hard: numproc,openfiles: few files\n", run.out);
 
   // A container in SLM mode "slm" is checked for its memory limit alone.
-  const std::string slm = file("slm.conf", "NUMPROC=\"10:20\"\nNUMFILE=\"5\"\nSLMMODE=\"slm\"\n");
+  const std::string slm = file("slm.conf", "NUMPROC=\"10:20\"\nOPENFILES=\"5\"\nSLMMODE=\"slm\"\n");
   run = ktrctl({"--vocab", strict, "validate", slm});
   EXPECT_EQ(1, run.exit) << run.err;
   EXPECT_EQ("SLMMODE is slm but SLMMEMORYLIMIT is not set\n", run.out);
@@ -293,7 +293,7 @@ TEST_F(ktrctlTest, ValidateUsesTheGivenVocabulary) {
   EXPECT_NE(std::string::npos, unparsable.err.find("formula '(numproc)' does not parse")) << unparsable.err;
   Outcome absent = ktrctl({"--vocab", strict, "validate", file("a.conf", "NUMPROC=\"10:20\"\n")});
   expectOneErrorLine(absent);
-  EXPECT_NE(std::string::npos, absent.err.find("parameter 'numfile' is absent")) << absent.err;
+  EXPECT_NE(std::string::npos, absent.err.find("parameter 'openfiles' is absent")) << absent.err;
   expectOneErrorLine(ktrctl({"validate", file("none.conf", "HOSTNAME=\"h\"\n")}));
   expectOneErrorLine(ktrctl({"validate", dir_ + "/absent.conf"}));
   expectOneErrorLine(ktrctl({"validate"}));
@@ -356,7 +356,7 @@ TEST_F(ktrctlTest, MsgReadChoosesTheClassByTypeAndRoundTrips) {
   EXPECT_EQ(std::string::npos, as.out.find("mysql"));
 
   Outcome stats = ktrctl(
-      {"msg", "read", "--as", "KTRUbc", file("ubc.xml", "<ubc><name>kmemsize</name><usage>12</usage></ubc>")});
+      {"msg", "read", "--as", "KTRUbc", file("ubc.xml", "<ubc><name>kernelmem</name><usage>12</usage></ubc>")});
   ASSERT_EQ(0, stats.exit) << stats.err;
   EXPECT_NE(std::string::npos, stats.out.find("<usage>12</usage>"));
 }
