@@ -10,9 +10,9 @@
 
 int main() {
   const std::set<MBQ::MBQQoS> resources{
-      MBQ::MBQQoS("numproc", 240, 240),
-      MBQ::MBQQoS("diskspace", 1048576, 1153434),
-      MBQ::MBQQoS("cpuunits", 1000),
+      MBQ::MBQQoS("numproc", 256, 256),
+      MBQ::MBQQoS("diskblocks", 1048576, 1153434),
+      MBQ::MBQQoS("cpuweight", 500),
   };
 
   MBQ::MBQMessage message("venv_config");

@@ -31,10 +31,10 @@ bool dollarIsLiteral(char next) {
 }
 
 // "$VEID" is the container id placeholder of the node's files (for example
-// VE_ROOT="/vz/root/$VEID"): the files are read with VEID standing for itself and the library
-// substitutes the id later, so the placeholder is kept as written, exactly as bash assigns it
-// when VEID holds the text "$VEID". Only this spelling is kept; "${VEID}" is refused like any
-// other expansion.
+// VE_ROOT="/var/lib/quellix/root/$VEID"): the files are read with VEID standing for itself and
+// the library substitutes the id later, so the placeholder is kept as written, exactly as bash
+// assigns it when VEID holds the text "$VEID". Only this spelling is kept; "${VEID}" is refused
+// like any other expansion.
 bool isVeidPlaceholder(const char* dollar) {
   return std::strncmp(dollar + 1, "VEID", 4) == 0 && !isNameChar(dollar[5]);
 }

@@ -23,14 +23,14 @@ KTRQuotaInfo quota(long long base) {
 
 TEST_F(KTRHqStatTest, QuotaStatsRoundTripUnderTheirOwnSpelling) {
   KTRQuotaStats stats;
-  stats.setDiskSpace(quota(10000000000LL));
+  stats.setSpaceQuota(quota(10000000000LL));
   stats.setInodes(quota(200));
   stats.setQuota3(quota(300));
   const std::string text = write(stats);
   EXPECT_EQ((Texts{"disk_space", "diks_inodes", "quota"}), childNames(at(text)));
   KTRQuotaStats back;
   ASSERT_EQ(0, read(text, back));
-  EXPECT_EQ(10000000000LL, back.getDiskSpace().getUsage());
+  EXPECT_EQ(10000000000LL, back.getSpaceQuota().getUsage());
   EXPECT_EQ(202, back.getInodes().getHardLimit());
   EXPECT_EQ(4, back.getQuota3().getExpire());
   EXPECT_EQ(text, write(back));
@@ -58,11 +58,11 @@ TEST_F(KTRHqStatTest, QuotaInfoStopsAtTheFirstMissingField) {
 
 TEST_F(KTRHqStatTest, UbcAndCpuLoadRoundTrip) {
   KTRUbc ubc;
-  ubc.setName("kmemsize");
+  ubc.setName("kernelmem");
   ubc.setValue(-1);
   KTRUbc ubcBack;
   ASSERT_EQ(0, read(write(ubc), ubcBack));
-  EXPECT_EQ("kmemsize", ubcBack.getName());
+  EXPECT_EQ("kernelmem", ubcBack.getName());
   EXPECT_EQ(-1, ubcBack.getValue());
   EXPECT_EQ(-1, read(doc("<name>x</name>"), ubcBack));
 

@@ -1,8 +1,9 @@
 #pragma once
 
 // The DISK value of a container's configuration file: the container's image disks, each in
-// HardDisk::Dromo's text form, joined by ";" without blanks:
-//   DISK="image=/vz/a.hdd,size=1048576,uuid={...};image=/vz/b.hdd,size=2048,uuid={...}"
+// HardDisk::Dromo's text form, joined by ";" without blanks (shown on two lines here):
+//   DISK="image=/var/lib/quellix/private/101/disk.img,size=1048576,uuid={...};
+//         image=/var/lib/quellix/private/101/data.img,size=2048,uuid={...}"
 // Reading splits at every ";", drops blanks around items and skips empty items; it never fails
 // on the text itself. Only image-disk (Dromo) lists have this form.
 

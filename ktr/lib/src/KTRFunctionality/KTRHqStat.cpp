@@ -14,9 +14,9 @@ constexpr int kQuota3Tag = 1579;
 constexpr int kNameTag = 1010;
 constexpr int kLoadValueTag = 1586;
 constexpr const char* kExpire = "expire";
-constexpr const char* kDiskSpace = "disk_space";
+constexpr const char* kSpaceQuotaName = "disk_space";
 // Misspelt, and must stay so: it is the name the other agents use.
-constexpr const char* kDiskInodes = "diks_inodes";
+constexpr const char* kInodeQuotaName = "diks_inodes";
 
 }  // namespace
 
@@ -37,14 +37,14 @@ int KTRQuotaInfo::Writer::operator()(MBQMessageIterator& it, const KTRQuotaInfo&
 }
 
 int KTRQuotaStats::Reader::operator()(const MBQMessageIterator& it, KTRQuotaStats& s) const {
-  if (MBQ::MBQReaderID(KTRQuotaInfo::Reader(), kDiskSpace)(it, s.diskSpace_) != 0) return -1;
-  if (MBQ::MBQReaderID(KTRQuotaInfo::Reader(), kDiskInodes)(it, s.inodes_) != 0) return -1;
+  if (MBQ::MBQReaderID(KTRQuotaInfo::Reader(), kSpaceQuotaName)(it, s.spaceQuota_) != 0) return -1;
+  if (MBQ::MBQReaderID(KTRQuotaInfo::Reader(), kInodeQuotaName)(it, s.inodes_) != 0) return -1;
   return MBQ::MBQReaderID(KTRQuotaInfo::Reader(), kQuota3Tag)(it, s.quota3_) != 0 ? -1 : 0;
 }
 
 int KTRQuotaStats::Writer::operator()(MBQMessageIterator& it, const KTRQuotaStats& s) const {
-  if (MBQ::MBQWriterID(KTRQuotaInfo::Writer(), kDiskSpace)(it, s.diskSpace_) != 0) return -1;
-  if (MBQ::MBQWriterID(KTRQuotaInfo::Writer(), kDiskInodes)(it, s.inodes_) != 0) return -1;
+  if (MBQ::MBQWriterID(KTRQuotaInfo::Writer(), kSpaceQuotaName)(it, s.spaceQuota_) != 0) return -1;
+  if (MBQ::MBQWriterID(KTRQuotaInfo::Writer(), kInodeQuotaName)(it, s.inodes_) != 0) return -1;
   return MBQ::MBQWriterID(KTRQuotaInfo::Writer(), kQuota3Tag)(it, s.quota3_);
 }
 

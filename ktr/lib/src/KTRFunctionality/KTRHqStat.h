@@ -47,8 +47,8 @@ class KTR_EXPORT KTRQuotaInfo {
 // element under the correct spelling does not read.
 class KTR_EXPORT KTRQuotaStats {
  public:
-  const KTRQuotaInfo& getDiskSpace() const { return diskSpace_; }
-  void setDiskSpace(const KTRQuotaInfo& q) { diskSpace_ = q; }
+  const KTRQuotaInfo& getSpaceQuota() const { return spaceQuota_; }
+  void setSpaceQuota(const KTRQuotaInfo& q) { spaceQuota_ = q; }
   const KTRQuotaInfo& getInodes() const { return inodes_; }
   void setInodes(const KTRQuotaInfo& q) { inodes_ = q; }
   const KTRQuotaInfo& getQuota3() const { return quota3_; }
@@ -62,7 +62,7 @@ class KTR_EXPORT KTRQuotaStats {
   };
 
  private:
-  KTRQuotaInfo diskSpace_;
+  KTRQuotaInfo spaceQuota_;
   KTRQuotaInfo inodes_;
   KTRQuotaInfo quota3_;
 };
