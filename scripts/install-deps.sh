@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Installs the Debian packages this project needs to build, test, benchmark and fuzz.
+# Installs the Debian packages this project needs to build, test, benchmark and fuzz; with
+# --packaging also what building and checking the Debian packages needs (scripts/package-check.sh).
 # Idempotent: packages already present are skipped, and nothing is printed when all are there.
 set -euo pipefail
 
@@ -10,6 +11,10 @@ packages=(
   libgtest-dev libgmock-dev libbenchmark-dev
   clang libclang-rt-14-dev
 )
+if [[ "${1:-}" == "--packaging" ]]; then
+  # CPack's dependency computation (dpkg-shlibdeps from dpkg-dev) tells binaries by `file`.
+  packages+=(dpkg-dev file lintian)
+fi
 
 missing=()
 for pkg in "${packages[@]}"; do
