@@ -1,10 +1,14 @@
+#include <fcntl.h>
+#include <pwd.h>
 #include <signal.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cstdlib>
 #include <fstream>
 #include <sstream>
@@ -22,6 +26,7 @@ class KTRConfigFileTest : public ::testing::Test {
     char pattern[] = "/tmp/ktrconfigfile.XXXXXX";
     ASSERT_NE(nullptr, ::mkdtemp(pattern));
     dir_ = pattern;
+    ::chmod(dir_.c_str(), 0755);
   }
   void TearDown() override { std::system(("rm -rf " + dir_).c_str()); }
 
@@ -30,63 +35,118 @@ class KTRConfigFileTest : public ::testing::Test {
     std::ofstream(path, std::ios::binary) << text;
     return path;
   }
-  int filesInDir() {
-    int count = 0;
-    std::string listing = dir_ + "/listing";
-    std::system(("ls -A " + dir_ + " | grep -v '^listing$' > " + listing).c_str());
-    std::ifstream in(listing);
-    for (std::string line; std::getline(in, line);) ++count;
-    return count;
+  std::string read(const std::string& path) {
+    std::string text;
+    EXPECT_EQ(0, readConfigFile(path, text)) << MBQ::getErrorMessage();
+    return text;
+  }
+  std::string listing() {
+    std::string names;
+    std::string list = "/tmp/ktrconfigfile.listing." + std::to_string(::getpid());
+    std::system(("ls -A " + dir_ + " > " + list).c_str());
+    std::ifstream in(list);
+    for (std::string line; std::getline(in, line);) names += line + " ";
+    ::unlink(list.c_str());
+    return names;
+  }
+  // Runs `body` in a child process; gives its exit status.
+  template <class Body>
+  int inChild(Body body) {
+    pid_t child = ::fork();
+    if (child == 0) std::_Exit(body());
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
   }
 
   std::string dir_;
 };
 
-TEST_F(KTRConfigFileTest, ReplaceKeepsModeAndLeavesNoTemporaryFile) {
+TEST_F(KTRConfigFileTest, CommitReplacesTheTextAndKeepsTheFilesAttributes) {
   const std::string path = write("ve.conf", "OLD=\"1\"\n");
-  ASSERT_EQ(0, ::chmod(path.c_str(), 0640));
-  ASSERT_EQ(0, replaceConfigFile(path, "NEW=\"2\"\n"));
-  std::string text;
-  ASSERT_EQ(0, readConfigFile(path, text));
-  EXPECT_EQ("NEW=\"2\"\n", text);
+  const bool root = ::geteuid() == 0;
+  if (root) {
+    ASSERT_EQ(0, ::chown(path.c_str(), 65534, 65534));
+  }
+  ASSERT_EQ(0, ::chmod(path.c_str(), 06750));
+  const bool xattrs = ::setxattr(path.c_str(), "user.origin", "ops", 3, 0) == 0;
+  KTRConfigFileEdit edit;
+  ASSERT_EQ(0, edit.begin(path, 1000)) << MBQ::getErrorMessage();
+  EXPECT_EQ("OLD=\"1\"\n", edit.text());
+  ASSERT_EQ(0, edit.commit("NEW=\"2\"\n")) << MBQ::getErrorMessage();
+  EXPECT_EQ("NEW=\"2\"\n", read(path));
   struct stat info;
   ASSERT_EQ(0, ::stat(path.c_str(), &info));
-  EXPECT_EQ(0640u, info.st_mode & 07777);
-  EXPECT_EQ(1, filesInDir());
+  EXPECT_EQ(06750u, info.st_mode & 07777) << "set-id bits survive the change of owner";
+  if (root) {
+    EXPECT_EQ(65534u, info.st_uid);
+  }
+  if (xattrs) {
+    char value[8] = {};
+    EXPECT_EQ(3, ::getxattr(path.c_str(), "user.origin", value, sizeof value));
+    EXPECT_STREQ("ops", value);
+  }
+  EXPECT_EQ("ve.conf ", listing()) << "nothing is left beside the file";
 }
 
-TEST_F(KTRConfigFileTest, FailedReplaceLeavesTheOldFile) {
-  const std::string path = write("ve.conf", "OLD=\"1\"\n");
-  // A directory in the way of the rename: the write succeeds, the replacement cannot.
-  const std::string blocked = dir_ + "/blocked";
-  ASSERT_EQ(0, ::mkdir(blocked.c_str(), 0755));
-  ASSERT_EQ(0, ::mkdir((blocked + "/inner").c_str(), 0755));
-  EXPECT_EQ(-1, replaceConfigFile(blocked, "X"));
-  EXPECT_NE(std::string::npos, MBQ::getErrorMessage().find(blocked)) << MBQ::getErrorMessage();
-  EXPECT_EQ(-1, replaceConfigFile(dir_ + "/missing/ve.conf", "X"));
-  std::string text;
-  ASSERT_EQ(0, readConfigFile(path, text));
-  EXPECT_EQ("OLD=\"1\"\n", text);
-  EXPECT_EQ(2, filesInDir()) << "no temporary file is left behind";
+TEST_F(KTRConfigFileTest, ASymbolicLinkIsFollowedAndStaysALink) {
+  const std::string target = write("real.conf", "A=1\n");
+  const std::string link = dir_ + "/link.conf";
+  ASSERT_EQ(0, ::symlink("real.conf", link.c_str()));
+  KTRConfigFileEdit edit;
+  ASSERT_EQ(0, edit.begin(link, 1000)) << MBQ::getErrorMessage();
+  ASSERT_EQ(0, edit.commit("A=2\n"));
+  struct stat info;
+  ASSERT_EQ(0, ::lstat(link.c_str(), &info));
+  EXPECT_TRUE(S_ISLNK(info.st_mode));
+  EXPECT_EQ("A=2\n", read(target));
 }
 
-TEST_F(KTRConfigFileTest, ReadRefusesWhatIsNoFile) {
-  std::string text = "kept";
-  EXPECT_EQ(-1, readConfigFile(dir_ + "/absent", text));
-  EXPECT_EQ(0u, MBQ::getErrorMessage().find("cannot read " + dir_ + "/absent: "));
-  EXPECT_EQ(-1, readConfigFile(dir_, text));
-  EXPECT_EQ("kept", text);
+TEST_F(KTRConfigFileTest, RefusesWhatIsNotARegularFileAtOnce) {
+  const std::string fifo = dir_ + "/fifo";
+  ASSERT_EQ(0, ::mkfifo(fifo.c_str(), 0644));
+  const std::string big = write("big.conf", "");
+  ASSERT_EQ(0, ::truncate(big.c_str(), static_cast<off_t>(kMaxConfigFileSize) + 1));
+  const struct {
+    std::string path;
+    const char* reason;
+  } cases[] = {{fifo, "not a regular file"},    {dir_, "not a regular file"}, {"/dev/null", "not a regular file"},
+               {big, "larger than"},            {dir_ + "/absent", "No such file"},
+               {dir_ + "/dangling", "No such file"}};
+  ASSERT_EQ(0, ::symlink("nowhere", (dir_ + "/dangling").c_str()));
+  ::alarm(10);  // a FIFO must never block the open
+  for (const auto& c : cases) {
+    std::string text = "kept";
+    EXPECT_EQ(-1, readConfigFile(c.path, text)) << c.path;
+    EXPECT_NE(std::string::npos, MBQ::getErrorMessage().find(c.reason)) << MBQ::getErrorMessage();
+    EXPECT_EQ("kept", text);
+    KTRConfigFileEdit edit;
+    EXPECT_EQ(-1, edit.begin(c.path, 0)) << c.path;
+    EXPECT_EQ(0u, MBQ::getErrorMessage().find("cannot edit " + c.path + ": ")) << MBQ::getErrorMessage();
+  }
+  ::alarm(0);
 }
 
-TEST_F(KTRConfigFileTest, LockOfADeadHolderIsReleased) {
-  const std::string path = write("ve.conf", "");
+TEST_F(KTRConfigFileTest, LongestNamesCanBeEdited) {
+  const std::string path = write(std::string(255, 'n'), "A=1\n");
+  KTRConfigFileEdit edit;
+  ASSERT_EQ(0, edit.begin(path, 1000)) << MBQ::getErrorMessage();
+  EXPECT_EQ(0, edit.commit("A=2\n")) << MBQ::getErrorMessage();
+  EXPECT_EQ("A=2\n", read(path));
+}
+
+// A writer holding the lock makes the next one wait, for a bounded time; a writer killed while
+// it held the lock and had written its temporary leaves the lock free and its temporary to the
+// next writer, which removes it.
+TEST_F(KTRConfigFileTest, LockIsBoundedAndAKilledWritersDebrisIsCleanedUp) {
+  const std::string path = write("ve.conf", "A=1\n");
   int ready[2];
   ASSERT_EQ(0, ::pipe(ready));
-  pid_t child = ::fork();
-  ASSERT_GE(child, 0);
-  if (child == 0) {
-    KTRConfigFileLock lock;
-    if (lock.lock(path) != 0) std::_Exit(1);
+  pid_t holder = ::fork();
+  ASSERT_GE(holder, 0);
+  if (holder == 0) {
+    KTRConfigFileEdit edit;
+    if (edit.begin(path, 1000) != 0 || edit.prepare("HALF=written\n") != 0) std::_Exit(1);
     char byte = 1;
     if (::write(ready[1], &byte, 1) != 1) std::_Exit(1);
     ::pause();
@@ -94,13 +154,53 @@ TEST_F(KTRConfigFileTest, LockOfADeadHolderIsReleased) {
   }
   char byte = 0;
   ASSERT_EQ(1, ::read(ready[0], &byte, 1));
-  ::kill(child, SIGKILL);
-  int status = 0;
-  ::waitpid(child, &status, 0);
-  KTRConfigFileLock lock;
-  EXPECT_EQ(0, lock.lock(path));
+  {
+    KTRConfigFileEdit waiting;
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(-1, waiting.begin(path, 200));
+    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(200));
+    EXPECT_NE(std::string::npos, MBQ::getErrorMessage().find("another process holds its lock"));
+  }
+  ::kill(holder, SIGKILL);
+  ::waitpid(holder, nullptr, 0);
+  EXPECT_NE(std::string::npos, listing().find(".ktr-edit-")) << "the killed writer's temporary";
+  KTRConfigFileEdit next;
+  ASSERT_EQ(0, next.begin(path, 1000)) << MBQ::getErrorMessage();
+  EXPECT_EQ("A=1\n", next.text());
+  ASSERT_EQ(0, next.commit("A=2\n"));
+  EXPECT_EQ("ve.conf ", listing());
   ::close(ready[0]);
   ::close(ready[1]);
+}
+
+// Only a user who may write the file can take its lock, so nobody else can stall its writers.
+TEST_F(KTRConfigFileTest, AUserWhoCannotWriteTheFileCannotLockIt) {
+  if (::geteuid() != 0) GTEST_SKIP() << "needs root to act as another user";
+  const std::string path = write("ve.conf", "A=1\n");
+  ASSERT_EQ(0, ::chmod(path.c_str(), 0644));
+  const int status = inChild([&] {
+    if (::setgid(65534) != 0 || ::setuid(65534) != 0) return 3;
+    KTRConfigFileEdit edit;
+    if (edit.begin(path, 0) == 0) return 1;
+    return MBQ::getErrorMessage().find("Permission denied") != std::string::npos ? 0 : 2;
+  });
+  EXPECT_EQ(0, status);
+}
+
+TEST_F(KTRConfigFileTest, ReplaceCreatesOrReplacesAndAFailureLeavesTheOldFile) {
+  const std::string fresh = dir_ + "/new.conf";
+  ASSERT_EQ(0, replaceConfigFile(fresh, "A=1\n")) << MBQ::getErrorMessage();
+  EXPECT_EQ("A=1\n", read(fresh));
+  ASSERT_EQ(0, replaceConfigFile(fresh, "A=2\n"));
+  EXPECT_EQ("A=2\n", read(fresh));
+  // A directory in the way of the rename: the write succeeds, the replacement cannot.
+  const std::string blocked = dir_ + "/blocked";
+  ASSERT_EQ(0, ::mkdir(blocked.c_str(), 0755));
+  ASSERT_EQ(0, ::mkdir((blocked + "/inner").c_str(), 0755));
+  EXPECT_EQ(-1, replaceConfigFile(blocked, "X"));
+  EXPECT_EQ(-1, replaceConfigFile(dir_ + "/missing/ve.conf", "X"));
+  EXPECT_EQ("A=2\n", read(fresh));
+  EXPECT_EQ("blocked new.conf ", listing()) << "no temporary file is left behind";
 }
 
 TEST(KTRConfigFileAssignmentTest, SplitsAtTheFirstEquals) {

@@ -6,6 +6,14 @@
 
 namespace KTR {
 
+namespace {
+
+bool isNameChar(char c) {
+  return c == '_' || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
+}
+
+}  // namespace
+
 int readStringFromStream(std::istream& in, char** buffer, unsigned long* capacity) {
   std::string line;
   try {
@@ -43,6 +51,33 @@ int parseBashLine(char* line, int length, char** name, char** value, unsigned lo
                   unsigned long* valueEnd) {
   if (std::memchr(line, '\0', static_cast<std::size_t>(length)) != nullptr) return MBQ::kBashStrNotAssignment;
   return MBQ::parseBashStr(line, name, value, valueBegin, valueEnd);
+}
+
+std::string quoteValue(const std::string& value, ValueQuoting quoting) {
+  if (quoting == ValueQuoting::kAgent) return "\"" + value + "\"";
+  std::string quoted;
+  quoted.reserve(value.size() + 2);
+  quoted += '"';
+  for (std::string::size_type i = 0; i < value.size(); ++i) {
+    const char c = value[i];
+    const bool placeholder =
+        c == '$' && value.compare(i + 1, 4, "VEID") == 0 && (i + 5 == value.size() || !isNameChar(value[i + 5]));
+    if ((c == '\\' || c == '"' || c == '$' || c == '`') && !placeholder) quoted += '\\';
+    quoted += c;
+  }
+  quoted += '"';
+  return quoted;
+}
+
+bool isWritableValue(const std::string& value) {
+  return value.find_first_of(std::string("\n\r\0", 3)) == std::string::npos;
+}
+
+bool isShellName(const std::string& name) {
+  if (name.empty() || (name[0] >= '0' && name[0] <= '9')) return false;
+  for (char c : name)
+    if (!isNameChar(c)) return false;
+  return true;
 }
 
 }  // namespace KTR

@@ -36,6 +36,33 @@ constexpr int kBadResourceValue = -1003;  // a resource value that does not pars
 // report its length as an int). The error text says so.
 constexpr int kLineBufferFailed = -2;
 
+// How a new value is put into a line.
+//   kAgent  "value": the agent's files, where values are never escaped (a value holding '"',
+//           '$' or a backtick gives a line that reads back differently, or not at all).
+//   kShell  "value" with '\\', '"', '$' and '`' escaped by a backslash, except that the
+//           container-id placeholder $VEID stays as written: bash then assigns exactly the
+//           value (with VEID naming the container) and parseBashStr reads it back unchanged.
+//           The value must not hold a newline or NUL byte (isWritableValue).
+enum class ValueQuoting { kAgent, kShell };
+
+KTR_EXPORT std::string quoteValue(const std::string& value, ValueQuoting quoting);
+
+// Whether kShell quoting can carry `value`: no newline, no carriage return, no NUL byte.
+KTR_EXPORT bool isWritableValue(const std::string& value);
+
+// Whether `name` is a shell variable name: [A-Za-z_][A-Za-z0-9_]*.
+KTR_EXPORT bool isShellName(const std::string& name);
+
+// The writing choices of serializeBashLikeConfig. The defaults are the agent's writer.
+struct SerializeOptions {
+  ValueQuoting quoting = ValueQuoting::kAgent;
+  // Appended keys keep the spelling getNext() gives instead of being upper-cased (getNext may
+  // then give any case; get() is still asked with the lower-case key).
+  bool appendKeysAsGiven = false;
+  // An old text whose last line has no newline keeps it that way unless a key is appended.
+  bool keepLastLineOpen = false;
+};
+
 // Reads one line of `in` (without its newline) into `*buffer` as a NUL-terminated string and
 // returns its length. The buffer is the caller's: it starts as a null pointer with `*capacity`
 // 0, is grown with realloc to exactly the longest line read plus one, and is released by the
@@ -97,18 +124,22 @@ int parseBashLikeConfig(Parser& put, std::istream& in) {
 // value is appended as KEY="value", the key upper case. getNext() order decides the order, and
 // its first -1 ends the appending.
 //
-// New values are written as they are, without escaping. Returns 0, or -1 with the error text
-// set when the output stream has failed ("failed to write output stream") or an old line could
-// not be held in memory (the output then lacks the rest of the old file and must not replace
-// it).
+// New values are written as they are, without escaping (the agent's files); `options` can ask
+// for the operator's tool's way instead (see SerializeOptions). Returns 0, or -1 with the error
+// text set when the output stream has failed ("failed to write output stream") or an old line
+// could not be held in memory (the output then lacks the rest of the old file and must not
+// replace it).
 template <class Parser>
-int serializeBashLikeConfig(Parser& get, std::ostream& out, std::istream* old, bool merge) {
+int serializeBashLikeConfig(Parser& get, std::ostream& out, std::istream* old, bool merge,
+                            const SerializeOptions& options = SerializeOptions()) {
   std::set<std::string> writtenKeys;
+  bool lastLineOpen = false;  // the old text's last line had no newline
   if (old != nullptr && old->good() && merge) {
     char* buffer = nullptr;
     unsigned long capacity = 0;
     int length;
     while ((length = readStringFromStream(*old, &buffer, &capacity)) >= 0) {
+      if (lastLineOpen) out << "\n";
       std::string outputLine(buffer, static_cast<std::string::size_type>(length));
       char* name = nullptr;
       char* value = nullptr;
@@ -118,20 +149,26 @@ int serializeBashLikeConfig(Parser& get, std::ostream& out, std::istream* old, b
         const std::string key = MBQ::toLower(name);
         std::string newValue;
         if (get.get(key, newValue) == 0) {
-          outputLine.replace(valueBegin, valueEnd - valueBegin + 1, "\"" + newValue + "\"");
+          outputLine.replace(valueBegin, valueEnd - valueBegin + 1, quoteValue(newValue, options.quoting));
           writtenKeys.insert(key);
         }
       }
-      out << outputLine << "\n";
+      out << outputLine;
+      lastLineOpen = options.keepLastLineOpen && old->eof();
+      if (!lastLineOpen) out << "\n";
     }
     std::free(buffer);
     if (length == kLineBufferFailed) return -1;
   }
   std::string key;
   while (get.getNext(key) == 0) {
-    if (writtenKeys.count(key) != 0) continue;
+    const std::string lowerKey = MBQ::toLower(key);
+    if (writtenKeys.count(lowerKey) != 0) continue;
     std::string value;
-    if (get.get(key, value) == 0) out << MBQ::toUpper(key) << "=\"" << value << "\"\n";
+    if (get.get(lowerKey, value) != 0) continue;
+    if (lastLineOpen) out << "\n";
+    lastLineOpen = false;
+    out << (options.appendKeysAsGiven ? key : MBQ::toUpper(key)) << "=" << quoteValue(value, options.quoting) << "\n";
   }
   if (out.fail()) {
     MBQ::setErrorMessage("failed to write output stream");
