@@ -1,6 +1,6 @@
 #pragma once
 
-// What every ktrctl command shares: its options, its arguments, and how it reports a failure.
+// What every ktrctl command shares: its options, its arguments, and how it reports.
 
 #include <cstdio>
 #include <string>
@@ -13,6 +13,9 @@ using Args = std::vector<std::string>;
 struct Options {
   std::string vocabularyPath;  // empty: the built-in vocabulary
   bool verbose = false;
+  bool dryRun = false;         // set: print what would change, write nothing
+  bool asAgent = false;        // set: write the whole file as the agent's writer does
+  unsigned waitMilliseconds = 10000;  // set: how long to wait for another writer's lock
 };
 
 // Exit codes.
@@ -20,10 +23,12 @@ constexpr int kOk = 0;
 constexpr int kNegative = 1;  // differences or violations found, a key without a value
 constexpr int kError = 2;
 
-// Prints the one error line ("ktrctl: <what>") and gives the error exit code.
-inline int fail(const std::string& what) {
-  std::fprintf(stderr, "ktrctl: %s\n", what.c_str());
-  return kError;
-}
+// Prints the one error line ("ktrctl: <what>") and gives the error exit code. A message that
+// holds line breaks (from a file's bytes) is kept on one line.
+int fail(const std::string& what);
+
+// Prints NAME="value" with the value quoted as set writes it, so that the line read by bash
+// assigns exactly `value`.
+void printAssignment(const std::string& name, const std::string& value);
 
 }  // namespace ktrctl

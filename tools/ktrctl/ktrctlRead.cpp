@@ -1,5 +1,8 @@
 #include "ktrctlRead.h"
 
+#include <algorithm>
+#include <cerrno>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <set>
@@ -38,20 +41,21 @@ class ReportingPut {
   bool verbose_;
 };
 
-// A value given on the command line must be what it claims to be. The file reader is lenient
-// by design (a flag that is not "yes" reads as no, "12abc" as 12), which is right for files an
-// operator cannot fix on the spot but would silently turn a typo on the command line into a
+// A number as the text says it, and nothing else: the file reader is lenient by design (a flag
+// that is not "yes" reads as no, "12abc" as 12, a huge number saturates), which is right for
+// files an operator cannot fix on the spot but would turn a typo on the command line into a
 // change nobody asked for.
-bool isNumber(const std::string& text) {
-  long long number = 0;
-  return MBQ::strToLonglong(text, number) == 0;
+bool readNumber(const std::string& text, double& number) {
+  if (text.empty() || text.find_first_not_of("0123456789+-.eE") != std::string::npos) return false;
+  char* end = nullptr;
+  errno = 0;
+  number = std::strtod(text.c_str(), &end);
+  return *end == '\0' && errno != ERANGE && std::isfinite(number);
 }
 
-bool isDecimal(const std::string& text) {
-  if (text.empty()) return false;
-  char* end = nullptr;
-  std::strtod(text.c_str(), &end);
-  return *end == '\0' && text.find_first_of("xXnNiI") == std::string::npos;
+bool isInteger(const std::string& text) {
+  long long number = 0;
+  return MBQ::strToLonglong(text, number) == 0;
 }
 
 bool valueIsValid(const Parser::QoSMap& resources, const std::string& key, const std::string& value) {
@@ -61,15 +65,79 @@ bool valueIsValid(const Parser::QoSMap& resources, const std::string& key, const
   auto resource = resources.find(key);
   if (resource == resources.end()) return true;
   const KTR::QoS::Declaration& declaration = resource->second.declaration;
+  double number = 0;
   if (declaration.valueType == 2 && declaration.complexity == 1) {
     std::string::size_type colon = value.find(':');
-    if (colon == std::string::npos) return isNumber(value);
-    return isNumber(value.substr(0, colon)) && isNumber(value.substr(colon + 1));
+    if (colon == std::string::npos) return isInteger(value);
+    return isInteger(value.substr(0, colon)) && isInteger(value.substr(colon + 1));
   }
-  if (declaration.valueType == 1 && declaration.complexity == 1) return isNumber(value);
-  if (declaration.valueType == 1 && declaration.complexity == 0) return isDecimal(value);
+  if (declaration.valueType == 1 && declaration.complexity == 1) return isInteger(value);
+  if (declaration.valueType == 1 && declaration.complexity == 0) return readNumber(value, number);
   return false;
 }
+
+// One atom of a value in a form that ignores how it is spelled: numbers by their value, a
+// GUID with or without braces, letters in any case.
+std::string canonicalAtom(const std::string& atom) {
+  std::string text = MBQ::toLower(atom);
+  text.erase(std::remove(text.begin(), text.end(), '{'), text.end());
+  text.erase(std::remove(text.begin(), text.end(), '}'), text.end());
+  double number = 0;
+  if (!readNumber(text, number)) return text;
+  char buffer[64];
+  std::snprintf(buffer, sizeof buffer, "%.17g", number);
+  return buffer;
+}
+
+// A value as a sorted list of items, each a sorted list of its pieces (items are separated by
+// blanks or ";", pieces by "," and ":"): two values with the same canonical form say the same
+// thing, whatever the order or spelling the record writes them in.
+std::string canonicalValue(const std::string& value) {
+  std::string spaced = value;
+  std::replace(spaced.begin(), spaced.end(), ';', ' ');
+  std::istringstream words(spaced);
+  std::vector<std::string> items;
+  std::string item;
+  while (words >> item) {
+    std::vector<std::string> pieces;
+    std::string::size_type begin = 0;
+    while (begin <= item.size()) {
+      std::string::size_type end = item.find(',', begin);
+      if (end == std::string::npos) end = item.size();
+      std::string piece = item.substr(begin, end - begin);
+      // "barrier:limit" and MAC addresses: every part canonical, in order.
+      std::string canonical;
+      std::string::size_type partBegin = 0;
+      while (partBegin <= piece.size()) {
+        std::string::size_type partEnd = piece.find(':', partBegin);
+        if (partEnd == std::string::npos) partEnd = piece.size();
+        canonical += (partBegin == 0 ? "" : ":") + canonicalAtom(piece.substr(partBegin, partEnd - partBegin));
+        partBegin = partEnd + 1;
+      }
+      if (!piece.empty()) pieces.push_back(canonical);
+      begin = end + 1;
+    }
+    std::sort(pieces.begin(), pieces.end());
+    std::string joined;
+    for (const std::string& piece : pieces) joined += piece + ",";
+    items.push_back(joined);
+  }
+  std::sort(items.begin(), items.end());
+  std::string all;
+  for (const std::string& one : items) all += one + " ";
+  return all;
+}
+
+// The record's part of a read that the parser's getConfig does after the lines.
+int finishRead(Parser::ParameterParserPut& put, KTR::KTREnvConfig& config) {
+  MBQ::MBQOptionalProperty<std::set<MBQ::MBQQoS>> resources = put.collected();
+  resources.specify(true);
+  config.setQoSes(resources);
+  config.setType(Parser::kTechnologyType);
+  return KTR::createFakeVENet0Device(config);
+}
+
+std::string upper(const std::string& key) { return MBQ::toUpper(key); }
 
 }  // namespace
 
@@ -83,6 +151,33 @@ int openParser(const Options& options, Session& session) {
   return kOk;
 }
 
+bool isContainerKey(const Session& session, const std::string& key) {
+  KTR::KTREnvConfig empty;
+  Parser::ParameterParserGet get(empty, session.parser->getQoSMap());
+  std::string value;
+  return get.get(key, value) != KTR::kUnknownKey;
+}
+
+int checkValue(const Session& session, const std::string& path, const std::string& key, const std::string& value) {
+  const std::string what = path + ": " + upper(key) + "=" + value + ": ";
+  if (!isContainerKey(session, key)) return fail(path + ": unknown key " + upper(key) + " (raw set sets any key)");
+  if (!valueIsValid(session.parser->getQoSMap(), key, value)) {
+    if (value.empty()) return fail(what + "a flag or number cannot be cleared");
+    return fail(what + "the value does not parse");
+  }
+  KTR::KTREnvConfig probe;
+  Parser::ParameterParserPut put(probe, session.parser->getQoSMap());
+  if (put.put(key, value.c_str()) != 0 || finishRead(put, probe) != 0) return fail(what + "the value does not parse");
+  // TECHNOLOGIES is read by the agent but never written: there is nothing to compare with.
+  if (key == "technologies") return kOk;
+  Parser::ParameterParserGet get(probe, session.parser->getQoSMap());
+  std::string written;
+  if (get.get(key, written) != 0) written.clear();
+  if (canonicalValue(written) != canonicalValue(value))
+    return fail(what + "the agent would read this as \"" + written + "\"");
+  return kOk;
+}
+
 int readContainer(Session& session, const std::string& path, const std::string& text,
                   const Assignments& changes, KTR::KTREnvConfig& config) {
   Parser::ParameterParserPut put(config, session.parser->getQoSMap());
@@ -90,18 +185,10 @@ int readContainer(Session& session, const std::string& path, const std::string& 
   std::istringstream in(text);
   if (KTR::parseBashLikeConfig(reporting, in) != 0) return fail(path + ": " + MBQ::getErrorMessage());
   for (const auto& [key, value] : changes) {
-    if (!valueIsValid(session.parser->getQoSMap(), key, value))
-      return fail(path + ": value '" + value + "' of " + MBQ::toUpper(key) + " does not parse");
-    int rc = put.put(key, value.c_str());
-    if (rc == KTR::kUnknownKey) return fail(path + ": unknown key " + MBQ::toUpper(key));
-    if (rc != 0) return fail(path + ": value '" + value + "' of " + MBQ::toUpper(key) + " does not parse");
+    if (int rc = checkValue(session, path, key, value)) return rc;
+    put.put(key, value.c_str());
   }
-  // The rest of a read, as the parser's own getConfig finishes it.
-  MBQ::MBQOptionalProperty<std::set<MBQ::MBQQoS>> resources = put.collected();
-  resources.specify(true);
-  config.setQoSes(resources);
-  config.setType(Parser::kTechnologyType);
-  if (KTR::createFakeVENet0Device(config) != 0) return fail(path + ": " + MBQ::getErrorMessage());
+  if (finishRead(put, config) != 0) return fail(path + ": " + MBQ::getErrorMessage());
   return kOk;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
-// Reading a container file as the agent does, shared by the commands that take one.
+// Reading a container file as the agent does, and checking values given on the command line,
+// shared by the commands that take container files.
 
 #include <string>
 #include <utility>
@@ -13,7 +14,7 @@
 
 namespace ktrctl {
 
-using Assignments = std::vector<std::pair<std::string, std::string>>;
+using Assignments = std::vector<std::pair<std::string, std::string>>;  // (lower-case key, value)
 
 // What a command works with: the options, the vocabulary chosen by them and its file parser.
 struct Session {
@@ -26,9 +27,18 @@ struct Session {
 // with the error line printed.
 int openParser(const Options& options, Session& session);
 
+// Whether `key` (lower case) is a key of the container's file: one of the fixed keys or a
+// resource of the vocabulary.
+bool isContainerKey(const Session& session, const std::string& key);
+
+// Checks a value given on the command line for `key` (lower case): it must parse, and read
+// back as given, so that the agent holds exactly what the operator wrote (a flag is yes or no,
+// a number one the key can hold without rounding or saturating, a list with nothing the record
+// drops). kOk, or kError with the error line printed.
+int checkValue(const Session& session, const std::string& path, const std::string& key, const std::string& value);
+
 // Reads a container file's text as the agent does, applying `changes` after the file's own
-// lines as if they were further lines of it (each value checked strictly first). kOk, or
-// kError with the error line printed.
+// lines as if they were further lines of it. kOk, or kError with the error line printed.
 int readContainer(Session& session, const std::string& path, const std::string& text, const Assignments& changes,
                   KTR::KTREnvConfig& config);
 

@@ -1,0 +1,34 @@
+#include "ktrctlOutput.h"
+
+#include "KTRFunctionality/KTRBashParser.h"
+
+namespace ktrctl {
+
+int fail(const std::string& what) {
+  // The message may quote a file's or the command line's bytes: control bytes are shown
+  // escaped, so the error stays one line whatever they are.
+  std::string line;
+  line.reserve(what.size());
+  for (unsigned char c : what) {
+    if (c == '\n') {
+      line += "\\n";
+    } else if (c == '\r') {
+      line += "\\r";
+    } else if (c < 0x20 || c == 0x7f) {
+      char escaped[8];
+      std::snprintf(escaped, sizeof escaped, "\\x%02x", c);
+      line += escaped;
+    } else {
+      line += static_cast<char>(c);
+    }
+  }
+  std::fprintf(stderr, "ktrctl: %s\n", line.c_str());
+  return kError;
+}
+
+void printAssignment(const std::string& name, const std::string& value) {
+  const std::string quoted = KTR::quoteValue(value, KTR::ValueQuoting::kShell);
+  std::printf("%s=%s\n", name.c_str(), quoted.c_str());
+}
+
+}  // namespace ktrctl
