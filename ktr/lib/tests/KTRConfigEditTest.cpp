@@ -96,7 +96,8 @@ TEST(KTRConfigEditTest, FindsTheAssignmentBashUses) {
 }
 
 // Property: over generated files, setting one key changes that key's lines and no other, and
-// what the file then assigns to the key is the value set.
+// what the file then assigns to the key is the value set; files with DOS line ends, or that
+// assign the key through a command, are refused.
 TEST(KTRConfigEditTest, GeneratedFilesChangeOnlyTheKeySet) {
   std::mt19937 random(20261124);
   const std::vector<std::string> shapes = {
@@ -112,6 +113,7 @@ TEST(KTRConfigEditTest, GeneratedFilesChangeOnlyTheKeySet) {
       "echo hello",
       "KEY=",
       "\tKEY=\"tabbed\"",
+      "KEY=\"dos\"\r",
   };
   const std::vector<std::string> keys = {"A", "B", "HOSTNAME", "NETIF", "X_1"};
   const std::vector<std::string> values = {"", "v", "a b", "$HOME", "`id`", "\"", "\\", "'", "é", "#x", "$VEID"};
@@ -131,9 +133,9 @@ TEST(KTRConfigEditTest, GeneratedFilesChangeOnlyTheKeySet) {
     scanConfigText(text, before);
     std::string changed;
     const int rc = setAssignments(text, {{key, value}}, KTRAppendedKeys::kAsGiven, changed);
-    bool assignedByCommand = false;
-    for (const KTRAssignmentLine& line : before.unreadable) assignedByCommand |= line.name == key;
-    if (assignedByCommand) {
+    bool refused = before.carriageReturnLine != 0;
+    for (const KTRAssignmentLine& line : before.unreadable) refused |= line.name == key;
+    if (refused) {
       EXPECT_EQ(-1, rc) << text;
       continue;
     }
