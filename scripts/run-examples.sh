@@ -42,6 +42,8 @@ step --refused set containers/101.conf NUMPROC=lots
 step validate containers/102.conf
 step validate containers/103.conf
 step global get node.conf LOCKDIR TEMPLATE AGENT_LOG
+step global set node.conf AGENT_LOG_LEVEL=3
+step raw get node.conf AGENT_LOG_LEVEL VE_ROOT
 "$ktrctl" read containers/102.conf >102.xml
 printf '\n$ ktrctl read containers/102.conf | head -n 8\n'
 head -n 8 102.xml
