@@ -71,6 +71,7 @@ TEST(KTRConfigEditTest, RefusesWhatItCannotWriteSafely) {
       {"open quote", "B=1\nA=\"x\n", {{"B", "1"}}, KTRAppendedKeys::kAsGiven, "line 2: the value is not closed"},
       {"assigned by a command", "A=$(date)\n", {{"A", "1"}}, KTRAppendedKeys::kAsGiven, "line 1 assigns A"},
       {"assigned by export", "export A=1\n", {{"A", "1"}}, KTRAppendedKeys::kAsGiven, "line 1 assigns A"},
+      {"assigned by declare", "B=1\n  local -r  A=1\n", {{"A", "1"}}, KTRAppendedKeys::kAsGiven, "line 2 assigns A"},
       {"appended to", "A=1\nA+=2\n", {{"A", "1"}}, KTRAppendedKeys::kAsGiven, "line 2 assigns A"},
       {"other spelling", "Path=1\n", {{"PATH", "2"}}, KTRAppendedKeys::kAsGiven, "line 1 spells PATH as Path"},
   };

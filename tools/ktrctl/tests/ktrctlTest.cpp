@@ -120,7 +120,8 @@ TEST_F(ktrctlTranscript, CommandLine) {
   const std::string conf = file("c.conf", "HOSTNAME=\"h\"\nNUMPROC=\"1:2\"\n");
   run({
       {{"get", "{dir}/c.conf", "--verbose", "hostname"}, 0, "HOSTNAME=\"h\"\n"},
-      {{"get", "{dir}/c.conf", "--"}, 0, "HOSTNAME=\"h\"\nNUMPROC=\"1:2\"\n"},
+      {{"set", "--wait=0.5", "{dir}/c.conf", "NAME=n"}, 0, ""},
+      {{"get", "{dir}/c.conf", "--"}, 0, "HOSTNAME=\"h\"\nNUMPROC=\"1:2\"\nNAME=\"n\"\n"},
       {{"get", "{dir}/c.conf", "--", "numproc"}, 0, "NUMPROC=\"1:2\"\n"},
       {{"get", "--", "{dir}/c.conf"}, 2, "", "usage: ktrctl get"},
       {{}, 2, "", "no command"},
@@ -182,6 +183,7 @@ TEST_F(ktrctlTranscript, SetRefusesValuesThatDoNotReadBackAndLeavesTheFile) {
   run({
       {{"set", "{dir}/101.conf", "NETIF=garbage"}, 2, "", "NETIF=garbage: the agent would read this as \"\""},
       {{"set", "{dir}/101.conf", "DISK=x"}, 2, "", "DISK=x: the agent would read this as \"image=,size=0"},
+      {{"set", "{dir}/101.conf", "NETIF=ifname=eth1,note=uplink"}, 2, "", "the agent would read this as \"ifname=eth1"},
       {{"set", "{dir}/101.conf", "CPULIMIT=1e400"}, 2, "", "CPULIMIT=1e400: the value does not parse"},
       {{"set", "{dir}/101.conf", "CPULIMIT=12.345"}, 2, "", "the agent would read this as \"12.34\""},
       {{"set", "{dir}/101.conf", "NUMPROC=1:x"}, 2, "", "NUMPROC=1:x: the value does not parse"},
