@@ -12,13 +12,10 @@
 #include "KTRFunctionality/KTREnvConfig.h"
 #include "KTRFunctionality/KTREnvConfigBashParser.h"
 #include "MBQCore/MBQError.h"
-#include "MBQCore/MBQLogger.h"
 #include "MBQCore/MBQString.h"
 #include "MBQMessage/MBQMessage.h"
 #include "MBQMessage/MBQNamespaces.h"
-#include "ktrctlEdit.h"
 #include "ktrctlRead.h"
-#include "ktrctlValidate.h"
 
 namespace ktrctl {
 
@@ -97,67 +94,6 @@ int readCommand(Session& session, const Args& args) {
   return kOk;
 }
 
-int getCommand(Session& session, const Args& args) {
-  if (args.empty()) return fail("usage: ktrctl get CONF [KEY...]");
-  const std::string& path = args[0];
-  std::string text;
-  if (KTR::readConfigFile(path, text) != 0) return fail(MBQ::getErrorMessage());
-  KTR::KTRConfigText scan;
-  if (int rc = scanText(path, text, scan)) return rc;
-  Args keys(args.begin() + 1, args.end());
-  const bool all = keys.empty();
-  if (all) {
-    std::set<std::string> seen;
-    for (const KTR::KTRAssignmentLine& line : scan.assignments) {
-      const std::string key = MBQ::toLower(line.name);
-      if (isContainerKey(session, key) && seen.insert(key).second) keys.push_back(line.name);
-    }
-  }
-  std::vector<std::pair<std::string, std::string>> lines;
-  int status = kOk;
-  for (const std::string& key : keys) {
-    if (!all && !isContainerKey(session, MBQ::toLower(key)))
-      return fail(path + ": unknown key " + MBQ::toUpper(key) + " (raw get reads any key)");
-    const KTR::KTRAssignmentLine* found = nullptr;
-    const int rc = KTR::findAssignment(scan, key, found);
-    if (rc == KTR::kKeyWithoutValue) {
-      status = kNegative;
-      continue;
-    }
-    if (rc != 0) return fail(path + ": " + MBQ::getErrorMessage());
-    lines.emplace_back(MBQ::toUpper(key), found->value);
-  }
-  for (const auto& [key, value] : lines) printAssignment(key, value);
-  return status;
-}
-
-int setCommand(Session& session, const Args& args) {
-  if (args.size() < 2) return fail("usage: ktrctl set CONF KEY=VALUE...");
-  const std::string& path = args[0];
-  std::vector<KTR::KTRNamedValue> changes;
-  if (int rc = parseAssignments(Args(args.begin() + 1, args.end()), changes)) return rc;
-  KTR::KTRConfigFileEdit edit;
-  if (int rc = beginEdit(session.options, path, edit)) return rc;
-  const std::string& text = edit.text();
-  KTR::KTRConfigText scan;
-  if (int rc = scanText(path, text, scan)) return rc;
-  Assignments lowered;
-  for (const KTR::KTRNamedValue& change : changes) lowered.emplace_back(MBQ::toLower(change.name), change.value);
-  // The whole file with the new values must read as the agent reads it, each value as given.
-  KTR::KTREnvConfig config;
-  if (int rc = readContainer(session, path, text, lowered, config)) return rc;
-  std::string newText;
-  if (session.options.asAgent) {
-    std::istringstream old(text);
-    std::ostringstream out;
-    if (session.parser->putConfig(config, out, &old, true) != 0) return fail(path + ": " + MBQ::getErrorMessage());
-    newText = out.str();
-  } else if (KTR::setAssignments(text, changes, KTR::KTRAppendedKeys::kUpperCase, newText) != 0) {
-    return fail(path + ": " + MBQ::getErrorMessage());
-  }
-  return finishEdit(session.options, path, edit, newText);
-}
-
 int diffCommand(Session& session, const Args& args) {
   if (args.size() != 2) return fail("usage: ktrctl diff OLD NEW");
   KTR::KTREnvConfig oldConfig, newConfig;
@@ -185,20 +121,31 @@ int diffCommand(Session& session, const Args& args) {
 
 }  // namespace
 
-int containerCommand(const Options& options, const std::string& command, const Args& args) {
-  using Command = int (*)(Session&, const Args&);
-  const std::pair<const char*, Command> commands[] = {
-      {"read", readCommand}, {"get", getCommand}, {"set", setCommand}, {"diff", diffCommand}};
-  if (command == "validate") return validateCommand(options, args);
-  for (const auto& [name, run] : commands) {
-    if (command != name) continue;
-    // The library logs to stderr; the tool speaks there only through its one error line.
-    if (!options.verbose) MBQ::Logger::setLevel(-1);
-    Session session{options, nullptr, nullptr};
-    if (int rc = openParser(options, session)) return rc;
-    return run(session, args);
-  }
+int containerCommand(Session& session, const std::string& command, const Args& args) {
+  if (command == "read") return readCommand(session, args);
+  if (command == "diff") return diffCommand(session, args);
   return fail("unknown command '" + command + "' (see ktrctl --help)");
+}
+
+int planContainerSet(Session& session, const std::string& path, const std::string& text,
+                     const std::vector<KTR::KTRNamedValue>& changes, std::string& newText) {
+  KTR::KTRConfigText scan;
+  if (int rc = scanText(path, text, scan)) return rc;
+  Assignments lowered;
+  for (const KTR::KTRNamedValue& change : changes) lowered.emplace_back(MBQ::toLower(change.name), change.value);
+  // The whole file with the new values must read as the agent reads it, each value as given.
+  KTR::KTREnvConfig config;
+  if (int rc = readContainer(session, path, text, lowered, config)) return rc;
+  if (session.options.asAgent) {
+    std::istringstream old(text);
+    std::ostringstream out;
+    if (session.parser->putConfig(config, out, &old, true) != 0) return fail(path + ": " + MBQ::getErrorMessage());
+    newText = out.str();
+    return kOk;
+  }
+  if (KTR::setAssignments(text, changes, KTR::KTRAppendedKeys::kUpperCase, newText) != 0)
+    return fail(path + ": " + MBQ::getErrorMessage());
+  return kOk;
 }
 
 }  // namespace ktrctl

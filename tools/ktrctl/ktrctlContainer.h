@@ -1,12 +1,21 @@
 #pragma once
 
-// The commands on container configuration files: read, get, set, diff, validate.
+// The commands on container files that need the container record: read, diff, and the check of
+// a set.
 
-#include "ktrctlOutput.h"
+#include <string>
+#include <vector>
+
+#include "KTRFunctionality/KTRConfigEdit.h"
+#include "ktrctlRead.h"
 
 namespace ktrctl {
 
-// Runs `command` with its arguments; an unknown command is a usage error.
-int containerCommand(const Options& options, const std::string& command, const Args& args);
+// read CONF | diff OLD NEW.
+int containerCommand(Session& session, const std::string& command, const Args& args);
+
+// See RecordCommands::planSet.
+int planContainerSet(Session& session, const std::string& path, const std::string& text,
+                     const std::vector<KTR::KTRNamedValue>& changes, std::string& newText);
 
 }  // namespace ktrctl

@@ -60,17 +60,6 @@ int beginEdit(const Options& options, const std::string& path, KTR::KTRConfigFil
   return kOk;
 }
 
-int finishEdit(const Options& options, const std::string& path, KTR::KTRConfigFileEdit& edit,
-               const std::string& newText) {
-  if (options.dryRun) {
-    printDiff(path, edit.text(), newText);
-    return kOk;
-  }
-  if (newText == edit.text()) return kOk;  // nothing to write: the file keeps its inode and time
-  if (edit.commit(newText) != 0) return fail(MBQ::getErrorMessage());
-  return kOk;
-}
-
 void printDiff(const std::string& path, const std::string& oldText, const std::string& newText) {
   if (oldText == newText) return;
   const std::vector<Line> oldLines = splitLines(oldText);

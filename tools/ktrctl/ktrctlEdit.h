@@ -1,7 +1,7 @@
 #pragma once
 
-// What every editing command shares: reading KEY=VALUE arguments, and finishing an edit, by
-// writing it or, with --dry-run, by printing it.
+// What every editing command shares: reading KEY=VALUE arguments, locking a file, and printing
+// a change (--dry-run).
 
 #include <string>
 #include <vector>
@@ -18,11 +18,6 @@ int parseAssignments(const Args& items, std::vector<KTR::KTRNamedValue>& changes
 
 // Locks and reads the file. kOk, or kError with the error line printed.
 int beginEdit(const Options& options, const std::string& path, KTR::KTRConfigFileEdit& edit);
-
-// Writes `newText` over the edited file, or with --dry-run prints the change as a unified diff
-// and writes nothing. kOk, or kError with the error line printed.
-int finishEdit(const Options& options, const std::string& path, KTR::KTRConfigFileEdit& edit,
-               const std::string& newText);
 
 // Prints the unified diff (no context lines) that turns `oldText` into `newText`, where the
 // new text changes lines in place and appends others, as the line engine does.

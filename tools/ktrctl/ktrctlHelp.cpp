@@ -16,7 +16,8 @@ const CommandHelp kCommands[] = {
      "key wins) and quoted as set writes it, so each line is itself an assignment of that value. Keys are matched "
      "without regard to case and printed upper case. Without KEYs, every key of the container the file assigns, in "
      "file order.\n\nExit 1 when a KEY has no assignment in the file; an unknown KEY is an error (raw get reads "
-     "any key).",
+     "any key). Several files and folders (their *.conf files): get FILE|DIR... -- [KEY...], each line then "
+     "starting with \"FILE: \".",
      "--vocab"},
     {"set", "CONF KEY=VALUE...", "change the KEYs' lines of CONF, atomically",
      "Changes only the assignment lines of the KEYs named (every line of a key assigned several times) and appends "
@@ -30,17 +31,28 @@ const CommandHelp kCommands[] = {
      "an expansion are refused; the file is then left as it was.\n\nThe file is replaced atomically: the new text "
      "goes to a temporary file in the same folder (.ktr-edit-*), which gets the file's owner, group, mode and "
      "extended attributes and is renamed over it. A symbolic link is followed and stays a link. Writers lock the "
-     "file itself, so concurrent sets never lose each other's changes.",
+     "file itself, so concurrent sets never lose each other's changes.\n\nSeveral files and folders (their *.conf "
+     "files): set FILE|DIR... -- KEY=VALUE.... Every file is read and checked before any is written; then each is "
+     "replaced on its own, the flushes to disk done together. A file that fails is named in one error line and "
+     "left as it was, and the others go on; the exit status is then 2.",
      "--vocab --dry-run --as-agent --wait"},
     {"diff", "OLD NEW", "print what the agent would write differently for NEW",
      "Compares the two container files as the agent writes them and prints KEY=\"value\" for every key whose "
      "written value NEW changes or adds, and \"unset KEY\" for every key OLD has and NEW lacks, so that the output "
      "is itself a script of the change. Exit 1 when there is any difference.",
      "--vocab"},
-    {"validate", "CONF", "check resource values against the vocabulary's formulas",
-     "Prints one line per violated formula, \"ID: FORMULA: NAME[,NAME...]: MESSAGE\", and exits 1 when there is "
-     "any. A container with SLMMODE=\"slm\" is only checked for SLMMEMORYLIMIT. A formula reading a parameter the "
-     "file does not set is an error.",
+    {"validate", "CONF|DIR...", "check resource values against the vocabulary's formulas",
+     "Prints one line per violated formula, \"ID: FORMULA: NAME[,NAME...]: MESSAGE\" (\"FILE: \" first when "
+     "there are several files), and exits 1 when there is any. A container with SLMMODE=\"slm\" is only checked "
+     "for SLMMEMORYLIMIT. A formula reading a parameter the file does not set is an error.",
+     "--vocab"},
+    {"check", "[CONF|DIR...]", "report every inconsistency of a node's container files",
+     "Prints one line per finding, \"FILE:LINE: what\": lines that are not readable assignments, keys assigned "
+     "again, violated formulas (at the line of the first parameter the formula reads), and values two containers "
+     "hold: an IPv4 or IPv6 address, a MAC address, a UUID, a hostname, a disk image or a private area ($VEID "
+     "standing for the file's name without .conf), reported at the later container with the file and line "
+     "holding it first. Files come in the order given, folders as their *.conf files in name order; the default "
+     "is the current folder. Exit 1 when there is any finding.",
      "--vocab"},
     {"raw get", "FILE [KEY...]", "print the values bash assigns in any KEY=\"value\" file",
      "As get, for any file of shell variable assignments: keys are matched without regard to case and printed as "
@@ -82,7 +94,7 @@ const OptionHelp kOptions[] = {
     {"--wait", "SECONDS", "how long to wait for another writer's lock before giving up (default 10)"},
     {"--verbose", "", "also report skipped lines, keys and library messages on stderr"},
     {"--help", "", "print the usage, or with a command its help (also -h)"},
-    {"--version", "", "print the version of ktrctl and of the library it loaded"},
+    {"--version", "", "print the version of ktrctl, and the soname and version of the library it loads"},
 };
 const std::size_t kOptionCount = sizeof kOptions / sizeof kOptions[0];
 
@@ -157,6 +169,8 @@ void printUsage() {
       std::printf("  %-30s %s\n", head.c_str(), kCommands[i].summary);
     }
   }
+  std::printf("\nA command on one file takes FILE ITEM...; get, set, raw and global take several files and\n"
+              "folders (their *.conf files) as FILE|DIR... -- ITEM..., so that a path is never read as an item.\n");
   std::printf("\nOptions (anywhere before --):\n");
   for (std::size_t i = 0; i < kOptionCount; ++i) printOption(kOptions[i]);
   std::printf("\nExit status:\n");

@@ -4,6 +4,13 @@
 
 namespace ktrctl {
 
+namespace {
+thread_local ErrorCapture* gCapture = nullptr;
+}  // namespace
+
+ErrorCapture::ErrorCapture() : outer_(gCapture) { gCapture = this; }
+ErrorCapture::~ErrorCapture() { gCapture = outer_; }
+
 int fail(const std::string& what) {
   // The message may quote a file's or the command line's bytes: control bytes are shown
   // escaped, so the error stays one line whatever they are.
@@ -22,13 +29,17 @@ int fail(const std::string& what) {
       line += static_cast<char>(c);
     }
   }
+  if (gCapture != nullptr) {
+    gCapture->message_ = line;
+    return kError;
+  }
   std::fprintf(stderr, "ktrctl: %s\n", line.c_str());
   return kError;
 }
 
-void printAssignment(const std::string& name, const std::string& value) {
+void printAssignment(const std::string& name, const std::string& value, const std::string& prefix) {
   const std::string quoted = KTR::quoteValue(value, KTR::ValueQuoting::kShell);
-  std::printf("%s=%s\n", name.c_str(), quoted.c_str());
+  std::printf("%s%s=%s\n", prefix.c_str(), name.c_str(), quoted.c_str());
 }
 
 }  // namespace ktrctl

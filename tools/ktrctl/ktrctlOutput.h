@@ -27,8 +27,25 @@ constexpr int kError = 2;
 // holds line breaks (from a file's bytes) is kept on one line.
 int fail(const std::string& what);
 
+// While one lives, fail() keeps the message of the thread's last failure in it instead of
+// printing it (for commands that turn failures into findings).
+class ErrorCapture {
+ public:
+  ErrorCapture();
+  ~ErrorCapture();
+  ErrorCapture(const ErrorCapture&) = delete;
+  ErrorCapture& operator=(const ErrorCapture&) = delete;
+  const std::string& message() const { return message_; }
+
+ private:
+  friend int fail(const std::string& what);
+  std::string message_;
+  ErrorCapture* outer_;
+};
+
 // Prints NAME="value" with the value quoted as set writes it, so that the line read by bash
 // assigns exactly `value`.
-void printAssignment(const std::string& name, const std::string& value);
+// `prefix` goes first ("FILE: " when a command works on several files).
+void printAssignment(const std::string& name, const std::string& value, const std::string& prefix = "");
 
 }  // namespace ktrctl

@@ -1,29 +1,26 @@
 #include "ktrctlValidate.h"
 
-#include <cstdio>
 #include <string>
 #include <vector>
 
 #include "KTRFunctionality/KTREnvConfig.h"
 #include "KTRFunctionality/KTREnvSampleM.h"
 #include "MBQCore/MBQError.h"
-#include "MBQCore/MBQLogger.h"
-#include "ktrctlRead.h"
 
 namespace ktrctl {
 
-int validateCommand(const Options& options, const Args& args) {
-  if (args.size() != 1) return fail("usage: ktrctl validate CONF");
-  const std::string& path = args[0];
-  if (!options.verbose) MBQ::Logger::setLevel(-1);
-  Session session{options, nullptr, nullptr};
-  if (int rc = openParser(options, session)) return rc;
+int validateText(Session& session, const std::string& path, const std::string& text, std::vector<Finding>& findings) {
   KTR::KTREnvConfig config;
-  if (int rc = loadContainer(session, path, config)) return rc;
+  if (int rc = readContainer(session, path, text, {}, config)) return rc;
+  return validateConfig(session, path, config, findings);
+}
+
+int validateConfig(Session& session, const std::string& path, const KTR::KTREnvConfig& config,
+                   std::vector<Finding>& findings) {
   std::vector<KTR::KTRQoSValidation> violations;
   const int rc = KTR::validateQoSes(&violations, session.vocabulary, config);
   if (rc == KTR::kSLMMemoryLimitMissing) {
-    std::printf("SLMMODE is slm but SLMMEMORYLIMIT is not set\n");
+    findings.push_back({"SLMMODE is slm but SLMMEMORYLIMIT is not set", {"slmmemorylimit"}});
     return kNegative;
   }
   // validateQoSes says "invalid vocabulary" for a configuration without resource values; here
@@ -34,10 +31,11 @@ int validateCommand(const Options& options, const Args& args) {
   for (const KTR::KTRQoSValidation& violation : violations) {
     std::string names;
     for (const std::string& name : violation.getNames()) names += (names.empty() ? "" : ",") + name;
-    std::printf("%d: %s: %s: %s\n", violation.getId(), violation.getFormula().c_str(), names.c_str(),
-                violation.getInfo().c_str());
+    findings.push_back({std::to_string(violation.getId()) + ": " + violation.getFormula() + ": " + names + ": " +
+                            violation.getInfo(),
+                        violation.getNames()});
   }
-  return violations.empty() ? kOk : kNegative;
+  return findings.empty() ? kOk : kNegative;
 }
 
 }  // namespace ktrctl

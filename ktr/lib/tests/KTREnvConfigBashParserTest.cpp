@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "KTRRecordTesting.h"
+#include "KTRFunctionality/KTREnvConfigKeys.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -78,14 +79,10 @@ class KTREnvConfigBashParserTest : public ::testing::Test {
   KTREnvConfigBashParserSP parser_;
 };
 
+// The fixed keys as the key list published for programs that do not load the library; the
+// parser's table must hold exactly these.
 std::vector<std::string> sortedFixedKeys() {
-  std::vector<std::string> keys = {"ve_root",       "ve_private", "features",  "devnodes",     "offline_management",
-                                   "onboot",        "disabled",   "hostname",  "ostemplate",   "distribution",
-                                   "nameserver",    "ip_address", "templates", "netif",        "offline_service",
-                                   "roles",         "iptables",   "netfilter", "name",         "description",
-                                   "searchdomain",  "rate",       "slmmode",   "ve_type",      "uuid",
-                                   "origin_sample", "ratebound",  "arch",      "technologies", "platform",
-                                   "disk"};
+  std::vector<std::string> keys(std::begin(kEnvConfigFixedKeys), std::end(kEnvConfigFixedKeys));
   std::sort(keys.begin(), keys.end());
   return keys;
 }

@@ -1,3 +1,4 @@
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -116,7 +117,7 @@ TEST_F(ktrctlTranscript, CommandLine) {
   EXPECT_EQ(help.out, ktrctl({"set", "--help"}).out);
   EXPECT_EQ(help.out, ktrctl({"-h", "set"}).out);
   EXPECT_NE(std::string::npos, ktrctl({"raw", "--help"}).out.find("usage: ktrctl raw set"));
-  EXPECT_EQ("ktrctl 7.0\n", ktrctl({"--version"}).out);
+  EXPECT_EQ("ktrctl 7.0\nlibKTRFunctionality.so.7 7.0\n", ktrctl({"--version"}).out);
   const std::string conf = file("c.conf", "HOSTNAME=\"h\"\nNUMPROC=\"1:2\"\n");
   run({
       {{"get", "{dir}/c.conf", "--verbose", "hostname"}, 0, "HOSTNAME=\"h\"\n"},
@@ -194,7 +195,7 @@ TEST_F(ktrctlTranscript, SetRefusesValuesThatDoNotReadBackAndLeavesTheFile) {
       {{"set", "{dir}/101.conf", "DESCRIPTION=a\nb"}, 2, "", "holds a line break or NUL byte"},
       {{"raw", "set", "{dir}/101.conf", "x;touch PWNED;y=1"}, 2, "", "is not a key name"},
       {{"raw", "set", "{dir}/101.conf", "hostname=x"}, 2, "", "spells hostname as HOSTNAME"},
-      {{"set", "{dir}/absent.conf", "NAME=x"}, 2, "", "cannot edit {dir}/absent.conf"},
+      {{"set", "{dir}/absent.conf", "NAME=x"}, 2, "", "cannot read {dir}/absent.conf"},
   });
   EXPECT_EQ(original, slurp(path));
   // Every value the shipped file holds reads back as given.
@@ -282,6 +283,123 @@ TEST_F(ktrctlTranscript, DiffReadAndMalformedFiles) {
   EXPECT_EQ(0, read.exit) << read.err;
   EXPECT_NE(std::string::npos, read.out.find("xsi:type=\"ktr:venv_configType\"")) << read.out;
   EXPECT_NE(std::string::npos, read.out.find("<ktr:ve_root>/var/lib/quellix/root/$VEID</ktr:ve_root>")) << read.out;
+}
+
+// ---------------------------------------------------------------- many files
+
+// A container file of a generated node: every value that must be unique derives from `id`.
+std::string generatedContainer(int id) {
+  const std::string n = std::to_string(id);
+  char mac[32];
+  std::snprintf(mac, sizeof mac, "02:00:00:00:%02x:%02x", id / 256, id % 256);
+  char uuid[48];
+  std::snprintf(uuid, sizeof uuid, "00000000-0000-4000-8000-%012d", id);
+  std::string text = slurp(kContainer);
+  auto replaceLine = [&text](const std::string& key, const std::string& line) {
+    const std::string::size_type at = text.find("\n" + key + "=") + 1;
+    text.replace(at, text.find('\n', at) - at, line);
+  };
+  replaceLine("HOSTNAME", "HOSTNAME=\"ct" + n + ".example.test\"");
+  replaceLine("IP_ADDRESS", "IP_ADDRESS=\"10.1." + std::to_string(id / 250) + "." + std::to_string(id % 250 + 1) + "/16 fd00::" + n + "/64\"");
+  replaceLine("NETIF", std::string("NETIF=\"ifname=eth0,mac=") + mac + ",ip=192.168." + std::to_string(id / 250) + "." +
+                           std::to_string(id % 250 + 1) + "/16\"");
+  replaceLine("DISK", "DISK=\"image=/var/lib/quellix/private/" + n + "/disk.img,size=1048576,uuid={" + uuid + "}\"");
+  replaceLine("UUID", std::string("UUID=\"") + uuid + "\"");
+  return text;
+}
+
+// The 1-based line of the first line starting with `key=`.
+unsigned lineOf(const std::string& text, const std::string& key) {
+  return static_cast<unsigned>(std::count(text.begin(), text.begin() + static_cast<long>(text.find("\n" + key + "=")), '\n')) + 2;
+}
+
+TEST_F(ktrctlTranscript, CheckFindsEachPlantedConflictOnceAndNothingOnACleanNode) {
+  ::mkdir((dir_ + "/node").c_str(), 0755);
+  std::vector<std::string> texts;
+  for (int id = 1; id <= 40; ++id) texts.push_back(generatedContainer(id));
+  auto writeNode = [&] {
+    for (int id = 1; id <= 40; ++id) file("node/" + std::to_string(100 + id) + ".conf", texts[id - 1]);
+  };
+  writeNode();
+  run({{{"check", "{dir}/node"}, 0, ""}});
+
+  // Each kind of conflict planted between two files; plus a line bash computes and a repeated key.
+  struct Plant {
+    int from, to;
+    std::string key, what;
+  };
+  auto copyValue = [&](int from, int to, const std::string& key) {
+    std::string& target = texts[to - 1];
+    const std::string& source = texts[from - 1];
+    const std::string::size_type s = source.find("\n" + key + "=") + 1;
+    const std::string::size_type t = target.find("\n" + key + "=") + 1;
+    target.replace(t, target.find('\n', t) - t, source.substr(s, source.find('\n', s) - s));
+  };
+  copyValue(3, 7, "HOSTNAME");
+  copyValue(4, 9, "UUID");
+  copyValue(5, 12, "DISK");
+  copyValue(6, 20, "NETIF");  // MAC and IPv4 address
+  copyValue(8, 30, "IP_ADDRESS");  // IPv4 and IPv6 address
+  {
+    std::string& text = texts[34];
+    const std::string::size_type at = text.find("\nVE_PRIVATE=") + 1;
+    text.replace(at, text.find('\n', at) - at, "VE_PRIVATE=\"/var/lib/quellix/private/101\"");
+    text += "echo \"$(id)\"\nHOSTNAME=\"late.example.test\"\n";
+  }
+  writeNode();
+  const std::string node = dir_ + "/node/";
+  auto at = [&](int id, const std::string& key) {
+    return node + std::to_string(100 + id) + ".conf:" + std::to_string(lineOf(texts[id - 1], key));
+  };
+  const unsigned tail = static_cast<unsigned>(std::count(texts[34].begin(), texts[34].end(), '\n'));
+  const std::string expected =
+      at(7, "HOSTNAME") + ": hostname ct3.example.test is also used by " + at(3, "HOSTNAME") + "\n" +
+      at(9, "UUID") + ": UUID 00000000-0000-4000-8000-000000000004 is also used by " + at(4, "UUID") + "\n" +
+      at(12, "DISK") + ": disk image /var/lib/quellix/private/5/disk.img is also used by " + at(5, "DISK") + "\n" +
+      at(20, "NETIF") + ": IPv4 address 192.168.0.7 is also used by " + at(6, "NETIF") + "\n" +
+      at(20, "NETIF") + ": MAC address 02:00:00:00:00:06 is also used by " + at(6, "NETIF") + "\n" +
+      at(30, "IP_ADDRESS") + ": IPv4 address 10.1.0.9 is also used by " + at(8, "IP_ADDRESS") + "\n" +
+      at(30, "IP_ADDRESS") + ": IPv6 address fd00::8 is also used by " + at(8, "IP_ADDRESS") + "\n" +
+      node + "135.conf:" + std::to_string(lineOf(texts[34], "VE_PRIVATE")) +
+      ": private area /var/lib/quellix/private/101 is also used by " + node + "101.conf:" +
+      std::to_string(lineOf(texts[0], "VE_PRIVATE")) + "\n" +
+      node + "135.conf:" + std::to_string(tail - 1) + ": not a readable assignment\n" +
+      node + "135.conf:" + std::to_string(tail) + ": HOSTNAME is assigned again (first on line " +
+      std::to_string(lineOf(texts[34], "HOSTNAME")) + ")\n";
+  Outcome check = ktrctl({"check", dir_ + "/node"});
+  EXPECT_EQ(1, check.exit) << check.err;
+  EXPECT_EQ(expected, check.out);
+  EXPECT_EQ("", check.err);
+}
+
+TEST_F(ktrctlTranscript, ManyFileSetReplacesTheOthersWhenOneFails) {
+  const std::string folder = dir_ + "/node";
+  ::mkdir(folder.c_str(), 0755);
+  std::vector<std::string> names = {"a.conf", "b.conf", "c.conf", "d.conf", "e.conf"};
+  for (const std::string& name : names) file("node/" + name, "# " + name + "\nHOSTNAME=\"old\"\n");
+  ::chmod((folder + "/b.conf").c_str(), 0444);  // not writable
+  ::unlink((folder + "/d.conf").c_str());
+  ASSERT_EQ(0, ::mkfifo((folder + "/d.conf").c_str(), 0644));  // not a regular file
+  // Root may write anything: the set runs as an unprivileged user then.
+  std::string as;
+  if (::geteuid() == 0) {
+    ASSERT_EQ(0, std::system(("chown -R 65534:65534 " + dir_).c_str()));
+    as = "setpriv --reuid=65534 --regid=65534 --clear-groups ";
+  }
+  const std::string command = as + "'" + KTRCTL_PATH + "' set '" + folder + "' -- HOSTNAME=new NAME=n >" + dir_ +
+                              "/out 2>" + dir_ + "/err";
+  const int status = std::system(command.c_str());
+  EXPECT_EQ(2, WEXITSTATUS(status));
+  const std::string err = slurp(dir_ + "/err");
+  EXPECT_EQ(2, std::count(err.begin(), err.end(), '\n')) << err;
+  EXPECT_NE(std::string::npos, err.find(folder + "/b.conf: Permission denied")) << err;
+  EXPECT_NE(std::string::npos, err.find(folder + "/d.conf: not a regular file")) << err;
+  for (const char* name : {"a.conf", "c.conf", "e.conf"})
+    EXPECT_EQ(std::string("# ") + name + "\nHOSTNAME=\"new\"\nNAME=\"n\"\n", slurp(folder + "/" + name)) << name;
+  EXPECT_EQ("# b.conf\nHOSTNAME=\"old\"\n", slurp(folder + "/b.conf"));
+  // Output names the file on every line when there are several.
+  run({{{"get", "{dir}/node/a.conf", "{dir}/node/e.conf", "--", "hostname"}, 0,
+        "{dir}/node/a.conf: HOSTNAME=\"new\"\n{dir}/node/e.conf: HOSTNAME=\"new\"\n"}});
 }
 
 // Two writers on one file at once: both changes must land.

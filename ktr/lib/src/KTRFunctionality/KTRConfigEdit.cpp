@@ -98,7 +98,9 @@ void scanConfigText(const std::string& text, KTRConfigText& scan) {
       scan.assignments.push_back({number, name, value});
     } else if (parsed == MBQ::kBashStrOpenQuote) {
       if (scan.openQuoteLine == 0) scan.openQuoteLine = number;
+      scan.otherLines.push_back(number);
     } else if (parsed == MBQ::kBashStrNotAssignment) {
+      scan.otherLines.push_back(number);
       std::string assigned = assignedName(line);
       if (!assigned.empty()) scan.unreadable.push_back({number, assigned, ""});
     }

@@ -28,6 +28,9 @@ struct KTRConfigText {
   // and an optional `export`, `readonly` or `declare` word with its flags, with NAME= or NAME+=
   // and is not a plain assignment.
   std::vector<KTRAssignmentLine> unreadable;
+  // Every line that is neither blank, a comment nor a plain assignment (those above included,
+  // and lines whose value is left open).
+  std::vector<unsigned long> otherLines;
   unsigned long carriageReturnLine = 0;  // first line ending in "\r"; 0 for none
   unsigned long openQuoteLine = 0;       // first line whose value goes on to the next line
 };

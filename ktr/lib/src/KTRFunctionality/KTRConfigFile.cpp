@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <chrono>
 #include <climits>
@@ -14,6 +15,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <string>
+#include <set>
 #include <thread>
 #include <vector>
 
@@ -162,7 +164,7 @@ int copyAttributes(int fd, int oldFd, const struct stat& old, const std::string&
 // file replaced (oldFd -1: a new file). Any temporary left by a dead writer is removed first:
 // callers hold the file's lock, or create a file nobody else edits yet.
 int writeTemporary(const std::string& path, const std::string& temporary, int oldFd, const struct stat* old,
-                   const std::string& text) {
+                   const std::string& text, bool flush = true) {
   int fd = -1;
   for (int attempt = 0; attempt < 2 && fd < 0; ++attempt) {
     fd = ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600);
@@ -177,7 +179,8 @@ int writeTemporary(const std::string& path, const std::string& temporary, int ol
     ::umask(mask);
     if (::fchmod(fd, 0644 & ~mask) != 0) rc = fail("write", temporary);
   }
-  if (rc == 0 && !(writeAll(fd, text.data(), text.size()) && ::fsync(fd) == 0)) rc = fail("write", temporary);
+  if (rc == 0 && !(writeAll(fd, text.data(), text.size()) && (!flush || ::fsync(fd) == 0)))
+    rc = fail("write", temporary);
   if (::close(fd) != 0 && rc == 0) rc = fail("write", temporary);
   if (rc != 0) {
     ErrnoGuard keep;
@@ -312,13 +315,23 @@ int KTRConfigFileEdit::begin(const std::string& path, unsigned waitMilliseconds)
   }
 }
 
-int KTRConfigFileEdit::prepare(const std::string& newText) {
+int KTRConfigFileEdit::prepare(const std::string& newText, bool flush) {
   if (fd_ < 0) return failWith("write", target_, "no edit begun");
   discardTemporary();
   const std::string temporary = temporaryFor(target_);
-  if (writeTemporary(target_, temporary, fd_, &info_, newText) != 0) return -1;
+  if (writeTemporary(target_, temporary, fd_, &info_, newText, flush) != 0) return -1;
   temporary_ = temporary;
   return 0;
+}
+
+int KTRConfigFileEdit::flushTemporary() const {
+  if (temporary_.empty()) return failWith("flush", target_, "nothing prepared");
+  const int fd = ::open(temporary_.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC);
+  if (fd < 0) return fail("flush the temporary of", target_);
+  int rc = 0;
+  if (::fsync(fd) != 0) rc = fail("flush the temporary of", target_);
+  ::close(fd);
+  return rc;
 }
 
 int KTRConfigFileEdit::install() {
@@ -336,6 +349,49 @@ int KTRConfigFileEdit::install() {
 int KTRConfigFileEdit::commit(const std::string& newText) {
   if (prepare(newText) != 0 || install() != 0) return -1;
   return syncFolder(folder_);
+}
+
+int commitConfigFiles(std::vector<KTRConfigFileChange>& changes) {
+  std::vector<KTRConfigFileChange*> pending;
+  for (KTRConfigFileChange& change : changes) {
+    change.error.clear();
+    if (change.text == change.edit->text()) continue;
+    if (change.edit->prepare(change.text, false) != 0) {
+      change.error = MBQ::getErrorMessage();
+      continue;
+    }
+    pending.push_back(&change);
+  }
+  // Flushes run side by side: the file system commits them together instead of one journal
+  // commit after the other. Each worker takes the next change; each change has its own error.
+  std::atomic<std::size_t> next{0};
+  auto flushSome = [&] {
+    for (std::size_t i; (i = next++) < pending.size();)
+      if (pending[i]->edit->flushTemporary() != 0) pending[i]->error = MBQ::getErrorMessage();
+  };
+  std::vector<std::thread> workers;
+  const std::size_t workerCount = std::min<std::size_t>(16, pending.size());
+  for (std::size_t i = 1; i < workerCount; ++i) workers.emplace_back(flushSome);
+  flushSome();
+  for (std::thread& worker : workers) worker.join();
+  std::set<std::string> folders;
+  for (KTRConfigFileChange* change : pending) {
+    if (!change->error.empty()) continue;
+    if (change->edit->install() != 0) {
+      change->error = MBQ::getErrorMessage();
+      continue;
+    }
+    folders.insert(change->edit->folder());
+  }
+  for (const std::string& folder : folders) {
+    if (syncFolder(folder) == 0) continue;
+    // The renames happened; only their durability is in doubt. Said for each file concerned.
+    for (KTRConfigFileChange* change : pending)
+      if (change->error.empty() && change->edit->folder() == folder) change->error = MBQ::getErrorMessage();
+  }
+  int failures = 0;
+  for (const KTRConfigFileChange& change : changes) failures += change.error.empty() ? 0 : 1;
+  return failures;
 }
 
 int splitAssignment(const std::string& text, std::string& key, std::string& value) {

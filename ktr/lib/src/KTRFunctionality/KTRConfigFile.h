@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <string>
+#include <vector>
 
 #include "KTRFunctionality/KTRExport.h"
 
@@ -65,8 +66,11 @@ class KTR_EXPORT KTRConfigFileEdit {
   const std::string& folder() const { return folder_; }
   const std::string& text() const { return text_; }
 
-  // Writes `newText` to the temporary, flushes it and gives it the file's attributes.
-  int prepare(const std::string& newText);
+  // Writes `newText` to the temporary and gives it the file's attributes; with `flush`, also
+  // flushes it to disk (else flushTemporary() must, before install()).
+  int prepare(const std::string& newText, bool flush = true);
+  // Flushes the prepared temporary to disk. Safe to call from another thread than the others.
+  int flushTemporary() const;
   // Renames the prepared temporary over the file; the folder still needs syncFolder() to make
   // the rename durable (callers editing many files flush each folder once).
   int install();
@@ -83,6 +87,21 @@ class KTR_EXPORT KTRConfigFileEdit {
   std::string text_;
   struct stat info_ {};  // of the locked file
 };
+
+// One file of commitConfigFiles: an edit begun, its new text, and after the call the error
+// text of its failure (empty when the file was replaced).
+struct KTRConfigFileChange {
+  KTRConfigFileEdit* edit;
+  std::string text;
+  std::string error;
+};
+
+// Replaces many edited files, each atomically and on its own, with the flushes grouped: every
+// temporary is written, then all are flushed together (several at a time, so that the disk can
+// take them in one go), then each is renamed over its file, then each folder is flushed once. A
+// change that fails at any step gets its error text and leaves its file as it was; the others
+// go on. A change whose text equals the file's is not written. Returns the number of failures.
+KTR_EXPORT int commitConfigFiles(std::vector<KTRConfigFileChange>& changes);
 
 // Splits "KEY=VALUE" at the first "=". Returns 0, or -1 when there is no "=" or the key is
 // empty.
