@@ -18,59 +18,12 @@
 #include "KTRFunctionality/KTREnvConfigBashParser.h"
 #include "KTRFunctionality/KTRVocabulary.h"
 #include "MBQFunctionalityCore/MBQBashStr.h"
+#include "NodeCorpus.h"
 
 namespace {
 
-constexpr int kFiles = 1000;
-
-const char* const kResources[] = {
-    "KERNELMEM", "DIRCACHE", "PRIVMEM", "RESIDENTMEM", "SWAPMEM", "SHAREDMEM", "LOCKEDMEM",
-    "GUARMEM", "OOMSAFEMEM", "NUMPROC", "OPENFILES", "FILELOCKS", "TERMINALS", "PENDINGSIGNALS",
-    "FWRULES", "TCPSOCKETS", "OTHERSOCKETS", "TCPSENDBUF", "TCPRECVBUF", "OTHERBUF", "DGRAMRECVBUF",
-    "DISKBLOCKS", "INODES"};
-
-std::string makeFile(int n) {
-  std::ostringstream text;
-  text << "# Configuration of container " << n << "\n\nONBOOT=\"yes\"\nDISABLED=\"no\"\n\n# Resources\n";
-  for (const char* key : kResources) text << key << "=\"" << 1000 + n << ":" << 2000 + n << "\"\n";
-  text << "AVNUMPROC=\"" << 100 + n % 50 << "\"\nSLMMEMORYLIMIT=\"536870912\"\nCPUWEIGHT=\"500\"\n"
-       << "CPULIMIT=\"25.5\"\nCPUS=\"2\"\nIOPRIO=\"4\"\nQUOTAIDS=\"0\"\n\n"
-       << "VE_ROOT=\"/var/lib/quellix/root/$VEID\"\nVE_PRIVATE=\"/var/lib/quellix/private/$VEID\"\n"
-       << "OSTEMPLATE=\"debian-12-minimal\"\nORIGIN_SAMPLE=\"web-small\"\n"
-       << "HOSTNAME=\"ct" << n << ".example.com\"\nNAME=\"ct" << n << "\"\n"
-       << "DESCRIPTION=\"generated container " << n << "\"\n"
-       << "IP_ADDRESS=\"10.1." << n / 250 << "." << n % 250 << "/24\"\n"
-       << "NAMESERVER=\"10.0.0.1 10.0.0.2\"\nSEARCHDOMAIN=\"example.com\"\nARCH=\"x86_64\"\n"
-       << "FEATURES=\"fuse:on ipv6:off\"\nIPTABLES=\"iptable_filter iptable_mangle ipt_REJECT\"\n"
-       << "NETIF=\"ifname=eth0,network=,mac=02:00:00:00:" << n % 90 + 10
-       << ":01,nettype=bridged,gw=192.168.10.1,ip=192.168.10." << n % 250 << "/24,dhcp=no\"\n"
-       << "DISK=\"image=/var/lib/quellix/private/" << n << "/disk.img,size=10485760,uuid={6a1f6f0e-8c2b-4d4e-9a43-0e5b2f3c9d11}\"\n"
-       << "UUID=\"c5b6b5a2-0f0c-4bd8-9f5e-4a1d2e3f4a5b\"\n";
-  for (int i = 0; i < 6; ++i) text << "# operator note " << i << "\nLOCAL_" << i << "=\"kept\"\n";
-  return text.str();
-}
-
-class Corpus {
- public:
-  Corpus() {
-    char pattern[] = "/tmp/ktrbench.XXXXXX";
-    if (::mkdtemp(pattern) == nullptr) std::abort();
-    dir_ = pattern;
-    for (int n = 0; n < kFiles; ++n) {
-      paths_.push_back(dir_ + "/" + std::to_string(100 + n) + ".conf");
-      std::ofstream(paths_.back()) << makeFile(n);
-      bytes_ += makeFile(n).size();
-    }
-  }
-  ~Corpus() { std::system(("rm -rf " + dir_).c_str()); }
-  const std::vector<std::string>& paths() const { return paths_; }
-  double bytes() const { return static_cast<double>(bytes_); }
-
- private:
-  std::string dir_;
-  std::vector<std::string> paths_;
-  std::size_t bytes_ = 0;
-};
+constexpr int kFiles = bench::kNodeFiles;
+using Corpus = bench::NodeCorpus;
 
 void BM_ReadAndMergeWrite(benchmark::State& state) {
   Corpus corpus;
