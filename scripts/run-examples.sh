@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # The main job on a fresh machine: install what is missing, build ktrctl, and run it on the
-# shipped examples (examples/containers/*.conf and the node's global file examples/node.conf).
+# shipped examples (examples/containers/*.conf, examples/conflicts/*.conf and the node's global
+# file examples/node.conf).
 # The shipped files are never changed: edits are made on a copy in a temporary folder.
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -11,7 +12,7 @@ ktrctl=$PWD/build/tools/ktrctl/ktrctl
 
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
-cp -r examples/containers examples/node.conf "$work"/
+cp -r examples/containers examples/conflicts examples/node.conf "$work"/
 cd "$work"
 
 # Prints the command as typed, then runs it; a negative answer (exit 1) or, where the step says
@@ -41,6 +42,7 @@ step get containers/101.conf NUMPROC ONBOOT DESCRIPTION
 step --refused set containers/101.conf NUMPROC=lots
 step validate containers/102.conf
 step validate containers/103.conf
+step check containers conflicts
 step global get node.conf LOCKDIR TEMPLATE AGENT_LOG
 step global set node.conf AGENT_LOG_LEVEL=3
 step raw get node.conf AGENT_LOG_LEVEL VE_ROOT
