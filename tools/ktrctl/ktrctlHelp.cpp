@@ -5,6 +5,17 @@
 
 namespace ktrctl {
 
+const char* const kDescription =
+    "ktrctl is the node operator's tool for the configuration files of the node's quellix containers, its "
+    "global configuration file and any file of shell variable assignments, for the shared template cache of the "
+    "agent's processes and for the messages the agent exchanges. It reads files as the agent reads them, and "
+    "edits only what it is told: every other line of a file stays byte for byte, values are written so that "
+    "bash reads them back exactly, and files are replaced atomically under a lock.\n\n"
+    "Options may stand anywhere before --; after it nothing is an option. A command on one file takes FILE "
+    "ITEM...; get, set, raw and global also take several files and folders (a folder stands for its *.conf "
+    "files) as FILE|DIR... -- ITEM..., and validate and check take FILE|DIR.... With several files, every output "
+    "line starts with the file's name.";
+
 const CommandHelp kCommands[] = {
     {"read", "CONF", "print CONF as the agent's XML message",
      "Reads the container file CONF as the agent does and prints the configuration record as the XML message the "
@@ -101,6 +112,24 @@ const std::size_t kOptionCount = sizeof kOptions / sizeof kOptions[0];
 const char* const kExitStatus =
     "0 success; 1 a negative answer (a key without a value, differences or violations found, a damaged cache "
     "file); 2 an error, reported in one line on stderr starting with \"ktrctl: \".";
+
+const NamedHelp kFiles[] = {
+    {"/opt/srn/agent/share/KTRFunctionality/vocabulary.xml",
+     "the default vocabulary, as built into the library: a starting point for a vocabulary of one's own (--vocab)"},
+    {"/opt/srn/agent/lib/ktrctl/ktrctl-records.so",
+     "the module that ktrctl loads for the commands that need the container records, the vocabulary, messages "
+     "or the template cache"},
+    {"/opt/srn/agent/uploads/template.cache", "the template cache shared by the agent's processes (cache commands)"},
+    {".ktr-edit-*",
+     "the temporary file beside a file being changed; a writer that was killed leaves it behind, and the next "
+     "writer of that file removes it"},
+};
+const std::size_t kFileCount = sizeof kFiles / sizeof kFiles[0];
+
+const NamedHelp kEnvironment[] = {
+    {"MBQ_UPLOADS_DIR", "the uploads folder holding the template cache, instead of /opt/srn/agent/uploads"},
+};
+const std::size_t kEnvironmentCount = sizeof kEnvironment / sizeof kEnvironment[0];
 
 namespace {
 

@@ -3,6 +3,7 @@
 // ktrctl's commands and options, described once: the usage text, `ktrctl help COMMAND` and the
 // manual page are all printed from these tables.
 
+#include <cstddef>
 #include <string>
 
 namespace ktrctl {
@@ -21,11 +22,22 @@ struct OptionHelp {
   const char* summary;
 };
 
+// A file or environment variable of the manual page.
+struct NamedHelp {
+  const char* name;
+  const char* summary;
+};
+
+extern const char* const kDescription;  // what ktrctl is, for the manual page
 extern const CommandHelp kCommands[];
 extern const std::size_t kCommandCount;
 extern const OptionHelp kOptions[];
 extern const std::size_t kOptionCount;
 extern const char* const kExitStatus;
+extern const NamedHelp kFiles[];
+extern const std::size_t kFileCount;
+extern const NamedHelp kEnvironment[];
+extern const std::size_t kEnvironmentCount;
 
 // The command `words` names ("raw set" from {"raw", "set"}), or null.
 const CommandHelp* findCommand(const std::string& name);

@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <fstream>
 #include <random>
+#include <set>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -135,6 +136,51 @@ TEST_F(ktrctlTranscript, CommandLine) {
       {{"raw"}, 2, "", "usage: ktrctl raw"},
       {{"set", "{dir}/c.conf"}, 2, "", "usage: ktrctl set CONF KEY=VALUE..."},
   });
+}
+
+// The manual page is written from the table --help prints: the same commands and options.
+TEST_F(ktrctlTranscript, ManualPageAndHelpNameTheSameCommandsAndOptions) {
+  const std::string help = ktrctl({"--help"}).out;
+  const std::string manual = slurp(KTRCTL_MANUAL);
+  ASSERT_FALSE(manual.empty());
+  std::set<std::string> helpCommands, helpOptions, manualCommands, manualOptions;
+  std::istringstream lines(help);
+  std::string section;
+  for (std::string line; std::getline(lines, line);) {
+    if (!line.empty() && line[0] != ' ') section = line;
+    if (line.compare(0, 2, "  ") != 0 || line.size() < 3 || line[2] == ' ') continue;
+    std::istringstream words(line.substr(2, line.find("  ", 2) - 2));  // the name and synopsis column
+    std::string word, name;
+    if (section == "Commands:") {
+      while (words >> word && word.find_first_not_of("abcdefghijklmnopqrstuvwxyz") == std::string::npos)
+        name += (name.empty() ? "" : " ") + word;
+      helpCommands.insert(name);
+    } else if (section.compare(0, 8, "Options ") == 0 && words >> word) {
+      helpOptions.insert(word);
+    }
+  }
+  std::istringstream page(manual);
+  section.clear();
+  for (std::string line; std::getline(page, line);) {
+    if (line.compare(0, 4, ".SH ") == 0) section = line.substr(4);
+    if (line.compare(0, 3, "\\fB") != 0) continue;
+    std::string name = line.substr(3, line.find("\\fR") - 3);
+    for (std::string::size_type at; (at = name.find("\\-")) != std::string::npos;) name.erase(at, 1);
+    if (section == "COMMANDS") manualCommands.insert(name);
+    if (section == "OPTIONS") manualOptions.insert(name);
+  }
+  EXPECT_GT(helpCommands.size(), 10u);
+  EXPECT_EQ(helpCommands, manualCommands);
+  EXPECT_EQ(helpOptions, manualOptions);
+
+  // The bash completion comes from the same table.
+  const std::string completion = std::string(KTRCTL_MANUAL).replace(std::string(KTRCTL_MANUAL).size() - 8, 8, "ktrctl.bash-completion");
+  const std::string script = file("complete.sh",
+                                  "source '" + completion + "'\n"
+                                  "COMP_WORDS=(ktrctl raw ''); COMP_CWORD=2; _ktrctl; echo \"${COMPREPLY[*]}\"\n"
+                                  "COMP_WORDS=(ktrctl set --dr); COMP_CWORD=2; _ktrctl; echo \"${COMPREPLY[*]}\"\n");
+  ASSERT_EQ(0, std::system(("bash " + script + " > " + dir_ + "/completed").c_str()));
+  EXPECT_EQ("get set\n--dry-run\n", slurp(dir_ + "/completed"));
 }
 
 // get and raw get print what bash assigns: the last assignment of a key, quoted so that the
