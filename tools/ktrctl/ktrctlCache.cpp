@@ -15,7 +15,7 @@ namespace {
 
 using Report = KTR::KTRTemplateCacheLogic::Report;
 
-void printReport(const std::string& path, const Report& r) {
+void printReport(const std::string& path, const Report& r, std::size_t problems) {
   std::printf("path: %s\n", path.c_str());
   std::printf("file size: %" PRIu64 "\n", r.fileSize);
   std::printf("magic: 0x%08" PRIx32 "\n", r.magic);
@@ -30,48 +30,53 @@ void printReport(const std::string& path, const Report& r) {
   std::printf("heap lower bound: %" PRIu64 "\n", r.lowerBound);
   std::printf("heap free: %" PRIu64 "\n", r.heap.freeBytes);
   std::printf("free blocks: %" PRIu64 "\n", r.heap.freeBlocks);
+  std::printf("blocks: %" PRIu64 "\n", r.blocks);
   std::printf("entries: %" PRIu64 "\n", r.entries);
   std::printf("snapshot capacity: %" PRIu64 "\n", r.capacity);
   std::printf("snapshot references: %" PRId32 "\n", r.snapshotRefs);
+  std::printf("unreachable bytes: %" PRIu64 "\n", r.unreachableBytes);
+  std::printf("problems: %zu\n", problems);
 }
 
-int stat(const Options& options, const std::string& path) {
-  int code = 0;
-  {
-    KTR::KTRTemplateCachePrototypeSP cache = KTR::KTRTemplateCachePrototype::open(path, &code);
-    if (!cache) return fail("can't open cache " + path + " (code " + std::to_string(code) + "): " +
-                            MBQ::getErrorMessage());
+// Both inspections read the file through a read-only mapping and never write to it.
+int inspect(const std::string& path, bool listProblems) {
+  Report report;
+  std::vector<std::string> problems;
+  const int result = KTR::KTRTemplateCacheLogic::checkFile(path, report, problems);
+  if (result == -2) return fail("can't read cache " + path + ": " + problems.front());
+  if (!listProblems) {
+    printReport(path, report, problems.size());
+    return kOk;
   }
-  if (options.verbose && code != 0) std::fprintf(stderr, "ktrctl: %s was made anew\n", path.c_str());
-  Report report;
-  std::vector<std::string> problems;
-  KTR::KTRTemplateCacheLogic::checkFile(path, report, problems);
-  printReport(path, report);
-  for (const std::string& problem : problems) std::fprintf(stderr, "ktrctl: %s: %s\n", path.c_str(), problem.c_str());
-  return kOk;
-}
-
-int check(const std::string& path) {
-  Report report;
-  std::vector<std::string> problems;
-  if (KTR::KTRTemplateCacheLogic::checkFile(path, report, problems) == 0) {
+  if (result == 0) {
     std::printf("%s: ok, %" PRIu64 " entries, %" PRIu64 " of %" PRIu64 " heap bytes used\n", path.c_str(),
                 report.entries, report.used, report.total);
     return kOk;
   }
-  for (const std::string& problem : problems) std::printf("%s: %s\n", path.c_str(), problem.c_str());
+  for (const std::string& problem : problems) std::printf("%s: %s\n", path.c_str(), oneLine(problem).c_str());
   return kNegative;
+}
+
+int reset(const std::string& path) {
+  if (MBQ::removeLockedCacheFile(path, MBQ::kCacheInvalid) != 0)
+    return fail("can't remove cache " + path + ": " + MBQ::getErrorMessage());
+  int code = 0;
+  if (!KTR::KTRTemplateCachePrototype::open(path, &code))
+    return fail("can't create cache " + path + ": " + MBQ::getErrorMessage());
+  std::printf("%s: made anew, 0 entries\n", path.c_str());
+  return kOk;
 }
 
 }  // namespace
 
-int cacheCommand(const Options& options, const Args& args) {
-  if (args.empty() || args.size() > 2 || (args[0] != "stat" && args[0] != "check"))
-    return fail("usage: ktrctl cache stat [PATH] | cache check [PATH]");
+int cacheCommand(const Options&, const Args& args) {
+  if (args.empty() || args.size() > 2 || (args[0] != "stat" && args[0] != "check" && args[0] != "reset"))
+    return fail("usage: ktrctl cache stat [PATH] | cache check [PATH] | cache reset [PATH]");
   const std::string path = args.size() == 2 ? args[1]
                                             : MBQ::MBQInstanceFolders::uploads() + "/" +
                                                   KTR::KTRTemplateCachePrototype::kFileName;
-  return args[0] == "stat" ? stat(options, path) : check(path);
+  if (args[0] == "reset") return reset(path);
+  return inspect(path, args[0] == "check");
 }
 
 }  // namespace ktrctl

@@ -80,11 +80,19 @@ const CommandHelp kCommands[] = {
      "upper case.",
      "--dry-run --wait"},
     {"cache stat", "[PATH]", "print the shared template cache's header and heap figures",
-     "Opens the template cache (PATH, default template.cache in the uploads folder: $MBQ_UPLOADS_DIR, else "
-     "/opt/srn/agent/uploads) and prints its header and heap figures.",
+     "Reads the template cache file (PATH, default template.cache in the uploads folder: $MBQ_UPLOADS_DIR, else "
+     "/opt/srn/agent/uploads) through a read-only mapping and prints its header and heap figures, and how many "
+     "problems cache check would report. Never changes, removes or creates the file.",
      ""},
     {"cache check", "[PATH]", "check the shared template cache file",
-     "Inspects the cache file and prints one line per problem (exit 1), or one \"ok\" line.", ""},
+     "Verifies the cache file read-only, as the agent does when it opens it: header, every heap block, the free "
+     "list, the snapshot and its records, reference counts and value checksums. One line per problem (exit 1), "
+     "or one \"ok\" line. Exit 2 when the file is missing, unreadable or stays locked.",
+     ""},
+    {"cache reset", "[PATH]", "remove the shared template cache file and make a new, empty one",
+     "Removes the cache file under its lock, whatever its state, and creates an empty cache in its place, as the "
+     "agent does with a file it finds damaged. Processes that use the old file let go of it at their next access.",
+     ""},
     {"msg types", "", "list every record the library reads and writes",
      "One line per record: class, schema type (\"-\" without one) and namespace, tab-separated.", ""},
     {"msg tags", "", "print the tag table", "One \"ID NAME\" line per numeric tag, in id order.", ""},

@@ -11,12 +11,10 @@ thread_local ErrorCapture* gCapture = nullptr;
 ErrorCapture::ErrorCapture() : outer_(gCapture) { gCapture = this; }
 ErrorCapture::~ErrorCapture() { gCapture = outer_; }
 
-int fail(const std::string& what) {
-  // The message may quote a file's or the command line's bytes: control bytes are shown
-  // escaped, so the error stays one line whatever they are.
+std::string oneLine(const std::string& text) {
   std::string line;
-  line.reserve(what.size());
-  for (unsigned char c : what) {
+  line.reserve(text.size());
+  for (unsigned char c : text) {
     if (c == '\n') {
       line += "\\n";
     } else if (c == '\r') {
@@ -29,6 +27,12 @@ int fail(const std::string& what) {
       line += static_cast<char>(c);
     }
   }
+  return line;
+}
+
+int fail(const std::string& what) {
+  // The message may quote a file's or the command line's bytes.
+  const std::string line = oneLine(what);
   if (gCapture != nullptr) {
     gCapture->message_ = line;
     return kError;

@@ -23,6 +23,10 @@ constexpr int kOk = 0;
 constexpr int kNegative = 1;  // differences or violations found, a key without a value
 constexpr int kError = 2;
 
+// `text` with control bytes shown escaped (\n, \r, \xHH), so that it prints as one line
+// whatever bytes of a file it quotes.
+std::string oneLine(const std::string& text);
+
 // Prints the one error line ("ktrctl: <what>") and gives the error exit code. A message that
 // holds line breaks (from a file's bytes) is kept on one line.
 int fail(const std::string& what);

@@ -16,7 +16,10 @@
 #include <vector>
 
 #include "MBQCore/MBQAbort.h"
+#include "MBQCore/MBQCacheStatus.h"
+#include "MBQCore/MBQCacheVerifier.h"
 #include "MBQCore/MBQError.h"
+#include "MBQCore/MBQLogger.h"
 #include "MBQCore/MBQMemoryMappedFile.h"
 #include "MBQCore/MBQRefCounter.h"
 #include "MBQCore/MBQSharedMemoryManager.h"
@@ -56,11 +59,11 @@ struct MBQObjectItem {
   MBQCachedItemRefCounterBase<std::int32_t> refs;  // snapshots whose records point here
   std::uint32_t reserved;                          // 0
   std::uint64_t size;                              // bytes after the header
-  std::uint64_t checksum;                          // FNV-1a of those bytes
+  std::uint64_t checksum;                          // FNV-1a 64 of those bytes
 
   static std::size_t bytesFor(std::size_t valueBytes) { return kLayout + valueBytes; }
   static std::uint64_t hash(const char* data, std::size_t size) {
-    std::uint64_t h = 1469598103934665603ull;
+    std::uint64_t h = 14695981039346656037ull;  // the FNV-1a 64 offset basis
     for (std::size_t i = 0; i < size; ++i) h = (h ^ static_cast<unsigned char>(data[i])) * 1099511628211ull;
     return h;
   }
@@ -117,12 +120,19 @@ class MBQ_EXPORT MBQMappedMemoryManager {
 // copyable key with operator< and operator== (limited_length_string<256>); Value is the value
 // wrapper (MBQObjectItem<T>); MemoryManager provides Storage (MBQMappedMemoryManager).
 //
-// One object is used by one thread at a time. All codes are those of docs/template-cache.md:
-// -2 not mapped, -8 no snapshot, -9 lock failed, -10 remap failed, -11..-16 header checks; the
-// entry operations add 1 (key absent) and -1 (other failure, with the error text).
+// One object is used by one thread at a time. Codes are MBQCacheStatus values; the entry
+// operations add 1 (key absent) and -1 (other failure, with the error text).
+//
+// The file is shared and outlives crashes, so its bytes are never trusted: the whole structure is
+// verified (MBQCacheVerifier) when the file is opened, after every remap and before every change;
+// a look-up bounds-checks what it reads. Damage found after the open condemns the file (valid :=
+// 0) and forgets the mapping, so that the next open makes a new file. Each lock also notices a
+// file that another process condemned, removed or truncated, and lets go of it the same way.
 template <class Key, class Value, class MemoryManager>
 class MBQCacheLogic : public virtual MBQForkableRefCounter {
  public:
+  using KeyType = Key;
+  using ValueType = Value;
   using Storage = typename MemoryManager::Storage;
   using storageHandle = boost::intrusive_ptr<Storage>;
 
@@ -184,12 +194,12 @@ class MBQCacheLogic : public virtual MBQForkableRefCounter {
     // First failing check wins: -14 invalid, -11 header size, -13 key size, -12 magic,
     // -15 version, -16 value layout; else 0.
     int validate() const {
-      if (valid == 0) return -14;
-      if (headerSize != sizeof(CacheHeader)) return -11;
-      if (keySize != sizeof(Key)) return -13;
-      if (magic != kMagic) return -12;
-      if (version != kVersion) return -15;
-      if (valueLayout != Value::kLayout) return -16;
+      if (valid == 0) return kCacheInvalid;
+      if (headerSize != sizeof(CacheHeader)) return kCacheHeaderSize;
+      if (keySize != sizeof(Key)) return kCacheKeySize;
+      if (magic != kMagic) return kCacheMagic;
+      if (version != kVersion) return kCacheVersion;
+      if (valueLayout != Value::kLayout) return kCacheValueLayout;
       return 0;
     }
   };
@@ -221,13 +231,15 @@ class MBQCacheLogic : public virtual MBQForkableRefCounter {
   MBQCacheLogic(const std::string& path, std::uint64_t growStep, std::uint64_t spareRecords, std::uint64_t maxSize)
       : path_(path), protect_(true), sizes_{growStep, spareRecords, maxSize, 0} {}
 
-  // Locks and unlocks once when mapped (maps a growth and proves the lock still works); a lock
-  // failure here is an assertion failure.
+  // Locks and unlocks once when mapped (maps a growth and proves the lock still works); a file
+  // lock that fails here is an assertion failure. A damaged file found here is condemned, as
+  // at any other lock.
   virtual ~MBQCacheLogic() {
     if (header_ != nullptr) {
       storageHandle storage;
       const int result = lock(storage);
-      Debug::check(result == 0, "KTRFunctionality", "core/src/MBQCore/MBQCacheLogic", 573, "~MBQCacheLogic");
+      Debug::check(result != kCacheLockFailed, "KTRFunctionality", "core/src/MBQCore/MBQCacheLogic", 573,
+                   "~MBQCacheLogic");
       unlock(storage);
     }
     path_.clear();
@@ -240,20 +252,21 @@ class MBQCacheLogic : public virtual MBQForkableRefCounter {
   // accepted and not used.
   int initialize(bool, bool invalidateOnFailure) {
     protect_ = false;
+    verified_ = false;
     storage_ = new Storage(path_);
     const long page = ::sysconf(_SC_PAGESIZE);
     const std::size_t initial = (kInitialBytes / page + 1) * page;
     void* address = storage_->getStorage(initial, nullptr);
     if (address == nullptr) {
       forget();
-      return -2;
+      return kCacheNotMapped;
     }
     header_ = static_cast<CacheHeader*>(address);
     storageLockGuard_t guard(*this);
     if (!guard.isLocked()) {
-      header_->valid = 0;
+      if (headerIsBacked()) header_->valid = 0;
       forget();
-      return -9;
+      return kCacheLockFailed;
     }
     if (!header_->heap.isInitialized(storage_->file().size())) {
       construct(storage_->file().size());
@@ -267,17 +280,22 @@ class MBQCacheLogic : public virtual MBQForkableRefCounter {
       }
     }
     unsafe_checkSize();
+    // Everything, checksums included: a file that opens is one that `checkFile` passes.
+    std::vector<std::string> problems;
+    const int code = Verifier(header_, storage_->file().size()).run(Verifier::kWithChecksums, nullptr, &problems);
+    if (code != 0) {
+      if (invalidateOnFailure) header_->valid = 0;
+      setErrorMessage("cache file %s refused (code %d): %s", path_.c_str(), code, problems.front().c_str());
+      forget();
+      return code;
+    }
     storageHandle handle;
     Snapshot* snapshot = acquireSnapshot(handle);
-    if (snapshot == nullptr) {
-      if (invalidateOnFailure) header_->valid = 0;
-      setErrorMessage("cache file %s has no snapshot", path_.c_str());
-      forget();
-      return -8;
-    }
-    Debug::check(snapshot->isAcquired(), "KTRFunctionality", "core/src/MBQCore/MBQCacheLogic", 745, "initialize");
+    Debug::check(snapshot != nullptr && snapshot->isAcquired(), "KTRFunctionality", "core/src/MBQCore/MBQCacheLogic",
+                 745, "initialize");
     snapshot->decRef();
     storage_->file().sync();
+    verified_ = true;
     return 0;
   }
 
@@ -288,15 +306,15 @@ class MBQCacheLogic : public virtual MBQForkableRefCounter {
   int lock(storageHandle& storage) {
     if (header_ == nullptr || !storage_) {
       setErrorMessage("cache %s is not mapped", path_.c_str());
-      return -9;
+      return kCacheLockFailed;
     }
     storage = storage_;
     if (storage->file().lock(false) != 0) {
       storage.reset();
-      return -9;
+      return kCacheLockFailed;
     }
     if (protect_) storage->file().protect(false);
-    const int result = unsafe_checkSize();
+    const int result = verified_ ? unsafe_checkFile() : unsafe_checkSize();
     if (result == 0) return 0;
     storage->file().unlock();
     storage.reset();
@@ -313,7 +331,7 @@ class MBQCacheLogic : public virtual MBQForkableRefCounter {
   // The current snapshot with its count raised, and `storage` pointed at the mapping it lives
   // in; null when the header has none. Caller holds the lock.
   Snapshot* acquireSnapshot(storageHandle& storage) {
-    Snapshot* snapshot = header_->snapshot.get();
+    Snapshot* snapshot = const_cast<Snapshot*>(Verifier::usableSnapshot(*header_));
     if (snapshot == nullptr || !MemoryManager::isAccessible(snapshot)) return nullptr;
     storage = storage_;
     snapshot->incRef();
@@ -324,7 +342,15 @@ class MBQCacheLogic : public virtual MBQForkableRefCounter {
   int releaseSnapshot(Snapshot* snapshot, storageHandle& storage) {
     storageLockGuard_t guard(*this);
     if (!guard.isLocked()) return guard.result();
-    unsafe_release(translate(snapshot, storage));
+    Verifier verifier(header_, storage_->file().size());
+    int code = unsafe_verify(verifier);
+    if (code != 0) return code;
+    Snapshot* current = translate(snapshot, storage);
+    if (!verifier.canRelease(current)) {
+      condemn(kCacheInvalid, "a held snapshot is damaged");
+      return kCacheInvalid;
+    }
+    unsafe_release(current);
     storage.reset();
     return 0;
   }
@@ -333,24 +359,29 @@ class MBQCacheLogic : public virtual MBQForkableRefCounter {
   virtual int reinit() {
     header_ = nullptr;
     storage_.reset();
+    verified_ = false;
     return 0;
   }
 
-  // The value bytes of `key` into `bytes`: 0, 1 when absent, -1 for a value that does not lie
-  // inside the heap, or a lock code. The lookup reads the snapshot current at the time of the call.
+  // The value bytes of `key` into `bytes`: 0, 1 when absent, a lock code, or the code of the
+  // damage found (the file is then condemned). The lookup reads the snapshot current at the time
+  // of the call.
   int lookup(const Key& key, std::string& bytes) {
     storageLockGuard_t guard(*this);
     if (!guard.isLocked()) return guard.result();
-    const Snapshot* snapshot = header_->snapshot.get();
-    if (snapshot == nullptr) return -8;
+    const Snapshot* snapshot = Verifier::usableSnapshot(*header_);
+    if (snapshot == nullptr) {
+      condemn(kCacheNoSnapshot, "the snapshot is damaged");
+      return kCacheNoSnapshot;
+    }
     const std::uint64_t at = snapshot->lowerBound(key);
     if (at == snapshot->count || !(snapshot->records()[at].key == key)) return 1;
     const Value* value = snapshot->records()[at].value.get();
-    // Bounds only: hashing every value on every look-up would double its cost; checkFile
-    // verifies checksums, and a typed caller's parse refuses garbage anyway.
+    // Bounds only: hashing every value on every look-up would double its cost; the open verifies
+    // checksums, and a typed caller's parse refuses garbage anyway.
     if (!valueInHeap(value)) {
-      setErrorMessage("cache entry %s is damaged", key.c_str());
-      return -1;
+      condemn(kCacheInvalid, (std::string("the value of ") + key.c_str() + " leaves the heap").c_str());
+      return kCacheInvalid;
     }
     bytes.assign(value->data(), value->size);
     return 0;
@@ -363,66 +394,52 @@ class MBQCacheLogic : public virtual MBQForkableRefCounter {
   int insert(const Key& key, const std::string& bytes) {
     storageLockGuard_t guard(*this);
     if (!guard.isLocked()) return guard.result();
-    return unsafe_change(key, &bytes);
+    Verifier verifier(header_, storage_->file().size());
+    const int code = unsafe_verify(verifier);
+    return code != 0 ? code : unsafe_change(key, &bytes);
   }
   // Removes `key`: 0, 1 when absent, or a failure code as for insert.
   int remove(const Key& key) {
     storageLockGuard_t guard(*this);
     if (!guard.isLocked()) return guard.result();
-    return unsafe_change(key, nullptr);
+    Verifier verifier(header_, storage_->file().size());
+    const int code = unsafe_verify(verifier);
+    return code != 0 ? code : unsafe_change(key, nullptr);
   }
-  // The number of entries in the current snapshot; 0 or a lock code.
+  // The number of entries in the current snapshot; 0, a lock code or kCacheNoSnapshot.
   int count(std::uint64_t& entries) {
     storageLockGuard_t guard(*this);
     if (!guard.isLocked()) return guard.result();
-    entries = header_->snapshot.get() ? header_->snapshot.get()->count : 0;
+    const Snapshot* snapshot = Verifier::usableSnapshot(*header_);
+    if (snapshot == nullptr) {
+      condemn(kCacheNoSnapshot, "the snapshot is damaged");
+      return kCacheNoSnapshot;
+    }
+    entries = snapshot->count;
     return 0;
   }
 
-  // What checkFile finds.
-  struct Report {
-    std::uint64_t fileSize = 0;
-    std::uint32_t magic = 0, headerSize = 0, keySize = 0, version = 0, valueLayout = 0, aux = 0, valid = 0;
-    std::uint64_t total = 0, used = 0, lowerBound = 0;
-    MBQSharedMemoryManager::Stats heap;
-    std::uint64_t entries = 0, capacity = 0;
-    std::int32_t snapshotRefs = 0;
-    int validation = 0;
-  };
-  // Inspects a cache file read-only under the file lock, trusting nothing in it: the header's
-  // checks, the heap (MBQSharedMemoryManager::check), the snapshot and every record (inside the
-  // heap, keys terminated and in ascending order, values intact). One line per problem in
-  // `problems`. Returns 0 when none, -1 otherwise (also for a file that can't be mapped).
+  using Report = MBQCacheReport;
+  // How long checkFile waits for the file lock before it gives up.
+  static constexpr int kCheckLockSeconds = 10;
+  // Inspects a cache file through a read-only mapping of its real size, under the file lock, and
+  // never writes to it: MBQCacheVerifier with checksums. One line per problem in `problems`.
+  // Returns 0 when there is none, -1 for a damaged file, -2 for one that can't be mapped or locked.
   static int checkFile(const std::string& path, Report& report, std::vector<std::string>& problems) {
     MBQMemoryMappedFile file;
-    const char* base = static_cast<const char*>(file.mapReadOnly(path));
+    const void* base = file.mapReadOnly(path);
     if (base == nullptr) {
       problems.push_back(getErrorMessage());
-      return -1;
+      return -2;
     }
-    file.lock(false);
-    const std::size_t before = problems.size();
-    report.fileSize = file.size();
-    if (file.size() < 80) {
-      problems.push_back("file of " + std::to_string(file.size()) + " bytes is shorter than the header");
-      return -1;
+    for (int attempt = 0; file.lock(true) != 0; ++attempt) {
+      if (attempt == kCheckLockSeconds * 100) {
+        problems.push_back("the file stays locked by another process");
+        return -2;
+      }
+      ::usleep(10000);
     }
-    const CacheHeader* header = reinterpret_cast<const CacheHeader*>(base);
-    report.magic = header->magic;
-    report.headerSize = header->headerSize;
-    report.keySize = header->keySize;
-    report.version = header->version;
-    report.valueLayout = header->valueLayout;
-    report.aux = header->aux;
-    report.valid = header->valid;
-    report.total = header->heap.getSize();
-    report.used = header->heap.getUsed();
-    report.lowerBound = header->heap.getLowerBound();
-    report.validation = header->validate();
-    if (report.validation != 0) problems.push_back("header refused with code " + std::to_string(report.validation));
-    if (header->heap.check(file.size(), problems, &report.heap) != 0) return -1;
-    checkSnapshot(*header, report, problems);
-    return problems.size() == before ? 0 : -1;
+    return Verifier(base, file.size()).run(Verifier::kWithChecksums, &report, &problems) == 0 ? 0 : -1;
   }
 
   const std::string& getPath() const { return path_; }
@@ -433,22 +450,80 @@ class MBQCacheLogic : public virtual MBQForkableRefCounter {
   // 77 header bytes, the first snapshot (284 bytes) and sixteen 280-byte units.
   static constexpr std::size_t kInitialBytes = 77 + 284 + 16 * 280;
 
-  // Caller holds the lock. Maps the header's total when another process grew the heap: 0 or -10.
+  // Caller holds the lock. Maps the header's total when another process grew the heap: 0 or -10
+  // (a total beyond the maximum size or beyond the file's length is refused unmapped).
   int unsafe_checkSize() {
     const std::uint64_t total = header_->heap.getSize();
     if (total <= storage_->file().size()) return 0;
-    if (total > sizes_[2]) {
-      setErrorMessage("cache file %s declares %llu bytes, more than its maximum", path_.c_str(),
+    std::size_t fileBytes = 0;
+    bool removed = false;
+    if (total > sizes_[2] || storage_->file().fileState(fileBytes, removed) != 0 || total > fileBytes) {
+      setErrorMessage("cache file %s declares %llu bytes, more than its maximum or its length", path_.c_str(),
                       static_cast<unsigned long long>(total));
-      return -10;
+      return kCacheRemapFailed;
     }
-    return remapTo(total) == 0 ? 0 : -10;
+    return remapTo(total) == 0 ? 0 : kCacheRemapFailed;
   }
 
  private:
+  using Verifier = MBQCacheVerifier<MBQCacheLogic>;
+
   void forget() {
     header_ = nullptr;
     storage_.reset();
+    verified_ = false;
+  }
+
+  // Whether the file still holds the header's page, so that writing the header can't fault.
+  bool headerIsBacked() const {
+    std::size_t fileBytes = 0;
+    bool removed = false;
+    return storage_->file().fileState(fileBytes, removed) == 0 && fileBytes >= sizeof(CacheHeader);
+  }
+
+  // Caller holds the lock. A file declared unusable, in use by other processes, is never written
+  // again: valid := 0 tells them at their next lock, and the next open makes a new file.
+  void condemn(int code, const char* why) {
+    if (header_ != nullptr && headerIsBacked()) header_->valid = 0;
+    setErrorMessage("cache file %s is damaged (%s, code %d); it will be made anew", path_.c_str(), why, code);
+    Logger::put(kWarning, "KTRFunctionality", "%s", getErrorMessage().c_str());
+    forget();
+  }
+
+  // Caller holds the lock of an opened file. Runs `verifier` over the current mapping, condemning
+  // the file when it fails. 0 or the failure's code.
+  int unsafe_verify(Verifier& verifier) {
+    std::vector<std::string> problems;
+    const int code = verifier.run(Verifier::kStructure, nullptr, &problems);
+    if (code != 0) condemn(code, problems.front().c_str());
+    return code;
+  }
+
+  // Caller has just taken the lock of an opened file: lets go of a file that another process
+  // condemned, removed or cut short (none of them is written again), then maps a growth, which
+  // is verified before anything in it is followed. 0 or a code.
+  int unsafe_checkFile() {
+    std::size_t fileBytes = 0;
+    bool removed = false;
+    if (storage_->file().fileState(fileBytes, removed) != 0 || removed || fileBytes < storage_->file().size()) {
+      setErrorMessage("cache file %s was removed or cut short by another process", path_.c_str());
+      forget();
+      return kCacheInvalid;
+    }
+    if (header_->valid == 0) {
+      setErrorMessage("cache file %s was condemned by another process", path_.c_str());
+      forget();
+      return kCacheInvalid;
+    }
+    const std::size_t mapped = storage_->file().size();
+    int code = unsafe_checkSize();
+    if (code != 0) {
+      condemn(code, "its total can't be mapped");
+      return code;
+    }
+    if (storage_->file().size() == mapped) return 0;
+    Verifier verifier(header_, storage_->file().size());
+    return unsafe_verify(verifier);
   }
 
   int remapTo(std::uint64_t size) {
@@ -519,7 +594,7 @@ class MBQCacheLogic : public virtual MBQForkableRefCounter {
       setErrorMessage("cache file %s would exceed its maximum size", path_.c_str());
       return -1;
     }
-    if (storage_->file().size() < newTotal && remapTo(newTotal) != 0) return -10;
+    if (storage_->file().size() < newTotal && remapTo(newTotal) != 0) return kCacheRemapFailed;
     header_->heap.grow(newTotal - total);
     return 0;
   }
@@ -528,7 +603,7 @@ class MBQCacheLogic : public virtual MBQForkableRefCounter {
   int unsafe_change(const Key& key, const std::string* bytes) {
     {
       Snapshot* current = header_->snapshot.get();
-      if (current == nullptr) return -8;
+      if (current == nullptr) return kCacheNoSnapshot;
       const std::uint64_t at = current->lowerBound(key);
       if (bytes == nullptr && (at == current->count || !(current->records()[at].key == key))) return 1;
     }
@@ -641,73 +716,11 @@ class MBQCacheLogic : public virtual MBQForkableRefCounter {
   }
   char* at(std::uint64_t offset) { return reinterpret_cast<char*>(header_) + offset; }
 
-  static void checkSnapshot(const CacheHeader& header, Report& report, std::vector<std::string>& problems) {
-    const char* base = reinterpret_cast<const char*>(&header);
-    const std::uint64_t total = header.heap.getSize();
-    const std::int64_t snapshotField = 40;
-    const std::int64_t raw = header.snapshot.raw();
-    if (raw == 1) {
-      problems.push_back("header has no snapshot");
-      return;
-    }
-    const std::uint64_t offset = static_cast<std::uint64_t>(snapshotField + raw);
-    // The block of a data address: its header 16 bytes before, its size bounding the data.
-    auto blockData = [&](std::uint64_t data, std::uint64_t& room) {
-      if (data % 16 != 0 || data < header.heap.getLowerBound() + 16 || data >= total) return false;
-      const block_ctrl* block = reinterpret_cast<const block_ctrl*>(base + data - 16);
-      if (block->size < 2 || block->size > (total - (data - 16)) / 16) return false;
-      room = block->size * 16 - 16;
-      return true;
-    };
-    std::uint64_t room = 0;
-    if (!blockData(offset, room) || room < sizeof(Snapshot)) {
-      problems.push_back("snapshot pointer leaves the heap");
-      return;
-    }
-    const Snapshot* snapshot = reinterpret_cast<const Snapshot*>(base + offset);
-    report.entries = snapshot->count;
-    report.capacity = snapshot->capacity;
-    report.snapshotRefs = snapshot->refs.count;
-    if (snapshot->refs.count < 1)
-      problems.push_back("snapshot reference count " + std::to_string(snapshot->refs.count) + " is below 1");
-    if (snapshot->capacity > (room - sizeof(Snapshot)) / sizeof(Record) || snapshot->count > snapshot->capacity) {
-      problems.push_back("snapshot count " + std::to_string(snapshot->count) + " / capacity " +
-                         std::to_string(snapshot->capacity) + " do not fit its block");
-      return;
-    }
-    const Record* records = snapshot->records();
-    for (std::uint64_t i = 0; i < snapshot->count; ++i) {
-      const Record& record = records[i];
-      const char* key = reinterpret_cast<const char*>(&record.key);
-      const std::string where = "record " + std::to_string(i);
-      if (key[sizeof(Key) - 1] != '\0') {
-        problems.push_back(where + ": key is not terminated");
-        continue;
-      }
-      if (i > 0 && std::strncmp(reinterpret_cast<const char*>(&records[i - 1].key), key, sizeof(Key)) >= 0)
-        problems.push_back(where + ": key \"" + key + "\" is not above the key before it");
-      const std::uint64_t fieldOffset = static_cast<std::uint64_t>(reinterpret_cast<const char*>(&record.value) - base);
-      const std::int64_t valueRaw = record.value.raw();
-      std::uint64_t valueRoom = 0;
-      if (valueRaw == 1 || !blockData(fieldOffset + static_cast<std::uint64_t>(valueRaw), valueRoom) ||
-          valueRoom < Value::kLayout) {
-        problems.push_back(where + " (" + key + "): value pointer leaves the heap");
-        continue;
-      }
-      const Value* value = reinterpret_cast<const Value*>(base + fieldOffset + static_cast<std::uint64_t>(valueRaw));
-      if (value->size > valueRoom - Value::kLayout) {
-        problems.push_back(where + " (" + key + "): value size exceeds its block");
-        continue;
-      }
-      if (value->refs.count < 1) problems.push_back(where + " (" + key + "): value reference count below 1");
-      if (!value->intact()) problems.push_back(where + " (" + key + "): value checksum mismatch");
-    }
-  }
-
   CacheHeader* header_ = nullptr;
   storageHandle storage_;
   std::string path_;
   bool protect_;
+  bool verified_ = false;  // the mapped file passed the open's checks; later locks watch it
   std::uint64_t sizes_[4];
 };
 

@@ -41,7 +41,8 @@ void* MBQMemoryMappedFile::mapFile(const std::string& path, std::size_t size, co
     setErrorMessage("can't map %s: empty mapping", path.c_str());
     return nullptr;
   }
-  const int fd = ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0644);
+  // The cache is the agent's own: a user who could open it could hold its lock forever.
+  const int fd = ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
   if (fd < 0) {
     setErrorMessage("can't open %s: %s", path.c_str(), std::strerror(errno));
     return nullptr;
@@ -137,6 +138,17 @@ int MBQMemoryMappedFile::protect(bool readOnly) {
     setErrorMessage("can't protect %s: %s", path_.c_str(), std::strerror(errno));
     return -1;
   }
+  return 0;
+}
+
+int MBQMemoryMappedFile::fileState(std::size_t& bytes, bool& removed) const {
+  struct stat st;
+  if (fd_ < 0 || ::fstat(fd_, &st) != 0) {
+    setErrorMessage("can't stat %s: %s", path_.c_str(), fd_ < 0 ? "not mapped" : std::strerror(errno));
+    return -1;
+  }
+  bytes = static_cast<std::size_t>(st.st_size);
+  removed = st.st_nlink == 0;
   return 0;
 }
 

@@ -86,6 +86,8 @@ class MBQ_EXPORT MBQSharedMemoryManager {
   std::uint64_t getSize() const { return total_; }
   std::uint64_t getUsed() const { return used_; }
   std::uint64_t getLowerBound() const { return lower_; }
+  // The free list's first block as an offset from the header; 0 (the sentinel) when empty.
+  std::int64_t freeListHead() const { return sentinel_.next.raw(); }
   // True for an address in [lower bound, total) of this heap.
   bool isInRange(const void* address) const;
 
