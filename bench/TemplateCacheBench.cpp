@@ -1,6 +1,7 @@
 // The template cache: its heap against Boost.Interprocess's allocators on one mixed workload,
-// a key look-up among 1,000 entries, and the lock plus snapshot acquire and release that every
-// access pays.
+// a key look-up among 1,000 entries (checked as the cache does it, and the unchecked look-up it
+// replaced, on the same file), the lock plus snapshot acquire and release that every access
+// pays, the open of a 1,000-entry file and the verification that an open and a change run.
 //
 // Allocator workload: a fixed random sequence (seeded) of allocations of 16 to 4096 bytes and
 // frees of a random live block, with at most 1,000 blocks live; every allocator runs the same
@@ -22,6 +23,7 @@
 #include <vector>
 
 #include "KTRFunctionality/KTRTemplateCache.h"
+#include "MBQCore/MBQCacheVerifier.h"
 #include "MBQCore/MBQMemoryMappedFile.h"
 #include "MBQCore/MBQSharedMemoryManager.h"
 
@@ -158,6 +160,59 @@ void BM_Cache_LookupAmong1000(benchmark::State& state) {
   state.SetItemsProcessed(state.iterations());
 }
 BENCHMARK(BM_Cache_LookupAmong1000);
+
+// The look-up as it was before the file was verified: the file lock, the snapshot's pointer
+// followed as it is, the binary search, the value's bounds, the copy. Its own mapping of the
+// same file, as another process has.
+void BM_Cache_LookupAmong1000_Unchecked(benchmark::State& state) {
+  using Logic = KTR::KTRTemplateCacheLogic;
+  Cache cache;
+  MBQ::MBQMemoryMappedFile file;
+  const std::size_t size = cache.cache->getHeader()->heap.getSize();
+  const auto* header = static_cast<const Logic::CacheHeader*>(file.map(cache.path, size, MBQ::tFileMappingOptions()));
+  std::string bytes;
+  std::size_t i = 0;
+  for (auto _ : state) {
+    file.lock(false);
+    const Logic::Snapshot* snapshot = header->snapshot.get();
+    const std::uint64_t at = snapshot->lowerBound(cache.keys[i]);
+    if (at == snapshot->count || !(snapshot->records()[at].key == cache.keys[i])) state.SkipWithError("missing key");
+    const auto* value = snapshot->records()[at].value.get();
+    if (!header->heap.isInRange(value)) state.SkipWithError("damaged");
+    bytes.assign(value->data(), value->size);
+    file.unlock();
+    i = (i + 337) % cache.keys.size();
+  }
+  state.SetItemsProcessed(state.iterations());
+}
+BENCHMARK(BM_Cache_LookupAmong1000_Unchecked);
+
+// Opening a 1,000-entry file as a process does at its first use: map, lock, verify everything
+// (checksums included), unlock.
+void BM_Cache_OpenWith1000(benchmark::State& state) {
+  Cache cache;
+  for (auto _ : state) {
+    KTR::KTRTemplateCachePrototypeSP opened = KTR::KTRTemplateCachePrototype::open(cache.path);
+    if (!opened) state.SkipWithError("open failed");
+  }
+  state.SetItemsProcessed(state.iterations());
+}
+BENCHMARK(BM_Cache_OpenWith1000);
+
+// The verification alone over the 1,000-entry file: without checksums (before every change and
+// after a remap) and with them (at the open).
+void BM_Cache_Verify1000(benchmark::State& state) {
+  using Verifier = MBQ::MBQCacheVerifier<KTR::KTRTemplateCacheLogic>;
+  Cache cache;
+  const auto* header = cache.cache->getHeader();
+  const auto depth = state.range(0) != 0 ? Verifier::kWithChecksums : Verifier::kStructure;
+  for (auto _ : state) {
+    Verifier verifier(header, header->heap.getSize());
+    if (verifier.run(depth) != 0) state.SkipWithError("damaged");
+  }
+  state.SetItemsProcessed(state.iterations());
+}
+BENCHMARK(BM_Cache_Verify1000)->ArgName("checksums")->Arg(0)->Arg(1);
 
 // The same look-up with the template read back from its XML bytes, as a caller gets it.
 void BM_Cache_LookupTemplateAmong1000(benchmark::State& state) {

@@ -17,8 +17,10 @@ for target in "$build_dir"/fuzz/fuzz_*; do
   corpus=fuzz/corpus/${name#fuzz_}
   work=$(mktemp -d)
   [[ -d "$corpus" ]] && cp -r "$corpus"/. "$work"/
+  max_len=4096
+  [[ $name == fuzz_cache ]] && max_len=20000  # whole cache files: 8 KiB when new
   echo "-- $name for ${seconds}s"
-  if ! "$target" -max_total_time="$seconds" -max_len=4096 -timeout=10 -rss_limit_mb=2048 \
+  if ! "$target" -max_total_time="$seconds" -max_len="$max_len" -timeout=10 -rss_limit_mb=2048 \
         -print_final_stats=1 "$work" >"$work.log" 2>&1; then
     tail -n 40 "$work.log"
     status=1

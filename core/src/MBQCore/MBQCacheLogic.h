@@ -704,9 +704,11 @@ class MBQCacheLogic : public virtual MBQForkableRefCounter {
     }
   }
 
-  // Whether a value and all its bytes lie inside the heap (so reading it stays in the mapping).
+  // Whether a value is aligned as block data and all its bytes lie inside the heap (so reading it
+  // stays in the mapping).
   bool valueInHeap(const Value* value) const {
-    if (value == nullptr || !header_->heap.isInRange(value)) return false;
+    if (value == nullptr || !header_->heap.isInRange(value) || offsetOf(value) % MBQSharedMemoryManager::kUnit != 0)
+      return false;
     const std::uint64_t room = header_->heap.getSize() - offsetOf(value);
     return room >= Value::kLayout && value->size <= room - Value::kLayout;
   }

@@ -138,7 +138,7 @@ int MBQSharedMemoryManager::check(std::size_t mappedSize, std::vector<std::strin
       problems.push_back("free list does not come back to the sentinel");
       break;
     }
-    if (offset % kUnit != 0 || offset < lower_ || offset + kUnit > total_) {
+    if (offset % kUnit != 0 || offset < lower_ || offset > total_ - kUnit) {
       problems.push_back(format("free block at offset %llu is outside the heap or misaligned", offset));
       break;
     }
