@@ -153,6 +153,16 @@ TEST_F(KTRTemplateCacheTest, CreateInstanceUsesTheUploadsFolderAndSharesOneHandl
   EXPECT_EQ(path_, first->getPath());
   EXPECT_EQ(first, KTRTemplateCachePrototype::createInstance());
   ASSERT_EQ(0, first->insert(makeTemplate("web", false)));
+  // Damage found at an access makes the handle let go; the next call makes the file anew.
+  poke(44, 0x4b);  // the snapshot pointer now leads nowhere
+  KTRTemplateObject lost;
+  EXPECT_EQ(-8, first->lookup(makeTemplate("web", false).getStringID(), lost));
+  KTRTemplateCachePrototypeSP rebuilt = KTRTemplateCachePrototype::createInstance();
+  ASSERT_TRUE(rebuilt);
+  EXPECT_NE(first, rebuilt);
+  EXPECT_EQ(1, rebuilt->lookup(makeTemplate("web", false).getStringID(), lost));
+  ASSERT_EQ(0, rebuilt->insert(makeTemplate("web", false)));
+  first = rebuilt;
   // A handle that lost its mapping is replaced by a new one on the same file.
   first->reinit();
   KTRTemplateCachePrototypeSP second = KTRTemplateCachePrototype::createInstance();
