@@ -126,8 +126,9 @@ class MBQ_EXPORT MBQMappedMemoryManager {
 // The file is shared and outlives crashes, so its bytes are never trusted: the whole structure is
 // verified (MBQCacheVerifier) when the file is opened, after every remap and before every change;
 // a look-up bounds-checks what it reads. Damage found after the open condemns the file (valid :=
-// 0) and forgets the mapping, so that the next open makes a new file. Each lock also notices a
-// file that another process condemned, removed or truncated, and lets go of it the same way.
+// 0) and forgets the mapping, so that the next open makes a new file. Each lock notices a file
+// that another process condemned, each change one that it removed or cut short, and lets go of
+// it the same way.
 template <class Key, class Value, class MemoryManager>
 class MBQCacheLogic : public virtual MBQForkableRefCounter {
  public:
@@ -343,7 +344,7 @@ class MBQCacheLogic : public virtual MBQForkableRefCounter {
     storageLockGuard_t guard(*this);
     if (!guard.isLocked()) return guard.result();
     Verifier verifier(header_, storage_->file().size());
-    int code = unsafe_verify(verifier);
+    const int code = unsafe_verifyForChange(verifier);
     if (code != 0) return code;
     Snapshot* current = translate(snapshot, storage);
     if (!verifier.canRelease(current)) {
@@ -395,7 +396,7 @@ class MBQCacheLogic : public virtual MBQForkableRefCounter {
     storageLockGuard_t guard(*this);
     if (!guard.isLocked()) return guard.result();
     Verifier verifier(header_, storage_->file().size());
-    const int code = unsafe_verify(verifier);
+    const int code = unsafe_verifyForChange(verifier);
     return code != 0 ? code : unsafe_change(key, &bytes);
   }
   // Removes `key`: 0, 1 when absent, or a failure code as for insert.
@@ -403,7 +404,7 @@ class MBQCacheLogic : public virtual MBQForkableRefCounter {
     storageLockGuard_t guard(*this);
     if (!guard.isLocked()) return guard.result();
     Verifier verifier(header_, storage_->file().size());
-    const int code = unsafe_verify(verifier);
+    const int code = unsafe_verifyForChange(verifier);
     return code != 0 ? code : unsafe_change(key, nullptr);
   }
   // The number of entries in the current snapshot; 0, a lock code or kCacheNoSnapshot.
@@ -490,6 +491,20 @@ class MBQCacheLogic : public virtual MBQForkableRefCounter {
     forget();
   }
 
+  // Caller holds the lock of an opened file, before a change: lets go of a file that another
+  // process removed (and made anew) or cut shorter than the mapping, without writing to it; then
+  // runs `verifier` over the current mapping, condemning the file when it fails. 0 or a code.
+  // (Look-ups skip the fstat: an orphan still reads consistently, and they stay as cheap as before.)
+  int unsafe_verifyForChange(Verifier& verifier) {
+    std::size_t fileBytes = 0;
+    bool removed = false;
+    if (storage_->file().fileState(fileBytes, removed) != 0 || removed || fileBytes < storage_->file().size()) {
+      setErrorMessage("cache file %s was removed or cut short by another process", path_.c_str());
+      forget();
+      return kCacheInvalid;
+    }
+    return unsafe_verify(verifier);
+  }
   // Caller holds the lock of an opened file. Runs `verifier` over the current mapping, condemning
   // the file when it fails. 0 or the failure's code.
   int unsafe_verify(Verifier& verifier) {
@@ -500,16 +515,9 @@ class MBQCacheLogic : public virtual MBQForkableRefCounter {
   }
 
   // Caller has just taken the lock of an opened file: lets go of a file that another process
-  // condemned, removed or cut short (none of them is written again), then maps a growth, which
-  // is verified before anything in it is followed. 0 or a code.
+  // condemned (it is never written again), then maps a growth, which is verified before anything
+  // in it is followed. 0 or a code.
   int unsafe_checkFile() {
-    std::size_t fileBytes = 0;
-    bool removed = false;
-    if (storage_->file().fileState(fileBytes, removed) != 0 || removed || fileBytes < storage_->file().size()) {
-      setErrorMessage("cache file %s was removed or cut short by another process", path_.c_str());
-      forget();
-      return kCacheInvalid;
-    }
     if (header_->valid == 0) {
       setErrorMessage("cache file %s was condemned by another process", path_.c_str());
       forget();
