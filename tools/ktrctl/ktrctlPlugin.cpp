@@ -9,7 +9,7 @@
 #include "MBQCore/MBQLogger.h"
 #include "ktrctlCache.h"
 #include "ktrctlContainer.h"
-#include "ktrctlInspect.h"
+#include "ktrctlContainerReport.h"
 #include "ktrctlMsg.h"
 #include "ktrctlRead.h"
 #include "ktrctlRecords.h"

@@ -1,4 +1,4 @@
-#include "ktrctlInspect.h"
+#include "ktrctlContainerReport.h"
 
 #include <memory>
 #include <string>
