@@ -375,15 +375,17 @@ class MBQCacheLogic : public virtual MBQForkableRefCounter {
       condemn(kCacheNoSnapshot, "the snapshot is damaged");
       return kCacheNoSnapshot;
     }
-    const std::uint64_t at = snapshot->lowerBound(key);
-    if (at == snapshot->count || !(snapshot->records()[at].key == key)) return 1;
-    const Value* value = snapshot->records()[at].value.get();
+    const std::uint64_t position = snapshot->lowerBound(key);
+    if (position == snapshot->count || !(snapshot->records()[position].key == key)) return 1;
     // Bounds only: hashing every value on every look-up would double its cost; the open verifies
     // checksums, and a typed caller's parse refuses garbage anyway.
-    if (!valueInHeap(value)) {
+    const pointer_type<Value>& field = snapshot->records()[position].value;
+    const std::uint64_t offset = offsetOf(&field) + static_cast<std::uint64_t>(field.raw());
+    if (field.isNull() || !valueInHeap(offset)) {
       condemn(kCacheInvalid, (std::string("the value of ") + key.c_str() + " leaves the heap").c_str());
       return kCacheInvalid;
     }
+    const Value* value = reinterpret_cast<const Value*>(at(offset));
     bytes.assign(value->data(), value->size);
     return 0;
   }
@@ -712,19 +714,22 @@ class MBQCacheLogic : public virtual MBQForkableRefCounter {
     }
   }
 
-  // Whether a value is aligned as block data and all its bytes lie inside the heap (so reading it
-  // stays in the mapping).
-  bool valueInHeap(const Value* value) const {
-    if (value == nullptr || !header_->heap.isInRange(value) || offsetOf(value) % MBQSharedMemoryManager::kUnit != 0)
+  // Whether the value at `offset` from the header is aligned as block data and all its bytes lie
+  // inside the heap (so reading it stays in the mapping). Offsets, not pointers: a wild distance
+  // must not make a wild pointer.
+  bool valueInHeap(std::uint64_t offset) const {
+    const std::uint64_t total = header_->heap.getSize();
+    if (offset < header_->heap.getLowerBound() || offset >= total || offset % MBQSharedMemoryManager::kUnit != 0 ||
+        total - offset < Value::kLayout)
       return false;
-    const std::uint64_t room = header_->heap.getSize() - offsetOf(value);
-    return room >= Value::kLayout && value->size <= room - Value::kLayout;
+    return reinterpret_cast<const Value*>(at(offset))->size <= total - offset - Value::kLayout;
   }
 
   std::uint64_t offsetOf(const void* address) const {
     return static_cast<std::uint64_t>(static_cast<const char*>(address) - reinterpret_cast<const char*>(header_));
   }
   char* at(std::uint64_t offset) { return reinterpret_cast<char*>(header_) + offset; }
+  const char* at(std::uint64_t offset) const { return reinterpret_cast<const char*>(header_) + offset; }
 
   CacheHeader* header_ = nullptr;
   storageHandle storage_;

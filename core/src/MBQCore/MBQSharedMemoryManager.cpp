@@ -163,7 +163,7 @@ int MBQSharedMemoryManager::check(std::size_t mappedSize, std::vector<std::strin
       problems.push_back(format("free block at offset %llu has a null next pointer", offset));
       break;
     }
-    offset = static_cast<std::uint64_t>(static_cast<std::int64_t>(offset) + next);
+    offset += static_cast<std::uint64_t>(next);  // wraps for a wild distance, which the next round refuses
   }
   if (problems.size() == before && used_ + found.freeBytes != total_)
     problems.push_back(format("used bytes plus free bytes (%llu) differ from the total (%llu)",

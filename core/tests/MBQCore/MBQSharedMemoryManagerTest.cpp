@@ -62,6 +62,12 @@ TEST(MBQSharedMemoryManagerTest, NewHeapHoldsOneFreeBlockAfterTheRoundedHeader) 
   EXPECT_TRUE(heap.manager()->isInitialized(8192));
   std::vector<std::string> problems;
   EXPECT_EQ(0, heap.manager()->check(8192, problems)) << problems.front();
+  // The heap is [lower bound, total): what a look-up may read a value from.
+  const char* base = reinterpret_cast<const char*>(heap.manager());
+  EXPECT_FALSE(heap.manager()->isInRange(base + 79));
+  EXPECT_TRUE(heap.manager()->isInRange(base + 80));
+  EXPECT_TRUE(heap.manager()->isInRange(base + 8191));
+  EXPECT_FALSE(heap.manager()->isInRange(base + 8192));
 }
 
 TEST(MBQSharedMemoryManagerTest, TheFirstSnapshotBlockIsCutFromTheTail) {

@@ -61,8 +61,12 @@ TEST_F(ktrctlCacheTest, InspectionNeedsAFileAndResetMakesOne) {
     EXPECT_EQ(1, std::count(run.err.begin(), run.err.end(), '\n')) << run.err;
   }
   EXPECT_NE(0, ::access(path_.c_str(), F_OK));
+  { std::ofstream empty(path_); }
+  Outcome run = cache("check");
+  EXPECT_EQ(2, run.exit);
+  EXPECT_NE(std::string::npos, run.err.find(": the file is empty")) << run.err;
 
-  Outcome run = cache("reset");
+  run = cache("reset");
   EXPECT_EQ(0, run.exit) << run.err;
   EXPECT_EQ(path_ + ": made anew, 0 entries\n", run.out);
   run = cache("stat '" + path_ + "'");
