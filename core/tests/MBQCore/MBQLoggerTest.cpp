@@ -4,6 +4,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <ostream>
 #include <set>
 #include <sstream>
 #include <string>
@@ -129,9 +130,11 @@ TEST_F(MBQLoggerTest, LinesFromManyThreadsNeverInterleave) {
 // The threshold is read from the environment on first use only, so each case needs a process
 // in which the logger has not been touched yet: "threadsafe" death tests re-run the binary.
 struct EnvCase {
+  const char* name;  // the case's name in the test's name
   const char* value;
   int expected;
 };
+void PrintTo(const EnvCase& c, std::ostream* out) { *out << "MBQ_LOG_LEVEL=\"" << c.value << "\""; }
 
 class MBQLoggerDeathTest : public ::testing::TestWithParam<EnvCase> {};
 
@@ -150,11 +153,12 @@ TEST_P(MBQLoggerDeathTest, TakesThresholdFromEnvironmentAtFirstUse) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Values, MBQLoggerDeathTest,
-                         ::testing::Values(EnvCase{"0", MBQ::kFatal}, EnvCase{"4", MBQ::kDebug},
-                                           EnvCase{" 2 ", MBQ::kWarning},
-                                           EnvCase{"", MBQ::kInfo}, EnvCase{"5", MBQ::kInfo},
-                                           EnvCase{"-1", MBQ::kInfo},
-                                           EnvCase{"debug", MBQ::kInfo},
-                                           EnvCase{"1x", MBQ::kInfo}));
+                         ::testing::Values(EnvCase{"Fatal", "0", MBQ::kFatal}, EnvCase{"Debug", "4", MBQ::kDebug},
+                                           EnvCase{"Spaced", " 2 ", MBQ::kWarning},
+                                           EnvCase{"Empty", "", MBQ::kInfo}, EnvCase{"AboveRange", "5", MBQ::kInfo},
+                                           EnvCase{"Negative", "-1", MBQ::kInfo},
+                                           EnvCase{"Word", "debug", MBQ::kInfo},
+                                           EnvCase{"TrailingText", "1x", MBQ::kInfo}),
+                         [](const ::testing::TestParamInfo<EnvCase>& info) { return std::string(info.param.name); });
 
 }  // namespace
