@@ -7,6 +7,7 @@
 #include "MBQCore/MBQEID.h"
 #include "MBQCore/MBQExport.h"
 #include "MBQMessage/MBQMessageIterator.h"
+#include "MBQMessage/MBQNamespaces.h"
 
 namespace MBQ {
 
@@ -105,20 +106,20 @@ class MBQ_EXPORT MBQEnv {
   //   "parent_eid"     the parent's EID, only when it is not empty;
   //   "status"         the status record;
   //   "alert"          one per reason with a non-zero alert type: children "reason", "value";
-  //   "config"         the plain configuration, only when there is one (typed 292:120);
+  //   "config"         the plain configuration, only when there is one (typed kCoreTypesNamespaceId:120);
   //   "virtual_config" the virtual configuration, only when there is one, written through the
   //                    derived writer of MBQEnvConfig so that its schema type names its class.
   // The reader returns -1 when "eid" is missing or any element present does not read; it
   // replaces the configurations only when their elements exist. A "virtual_config" whose
   // schema type no factory knows reads as a plain MBQVEnvConfig; one that a factory reads into
-  // a class that is no MBQVEnvConfig fails. Writer schema: core namespace (292), type 122.
+  // a class that is no MBQVEnvConfig fails. Writer schema: core namespace (kCoreTypesNamespaceId), type 122.
   struct MBQ_EXPORT Reader {
     int operator()(const MBQMessageIterator& it, MBQEnv& env) const;
   };
   struct MBQ_EXPORT Writer {
     const char* getStrNSID() const { return ""; }
     const char* getStrTypeID() const { return ""; }
-    int getNSID() const { return 292; }
+    int getNSID() const { return kCoreTypesNamespaceId; }
     int getTypeID() const { return 122; }
     int operator()(MBQMessageIterator& it, const MBQEnv& env) const;
   };

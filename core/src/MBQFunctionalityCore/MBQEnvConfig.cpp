@@ -3,14 +3,13 @@
 #include <utility>
 
 #include "MBQMessage/MBQNamespaces.h"
+#include "MBQMessage/MBQTags.h"
 
 namespace MBQ {
 
 namespace {
 
 // Element names of the generic properties. Addresses use the core's IP address tag.
-constexpr int kAddressTag = 2047;
-constexpr int kQoSTag = 1476;
 const char* const kName = "name";
 const char* const kHostname = "hostname";
 const char* const kDescription = "description";
@@ -90,10 +89,10 @@ int MBQEnvConfig::setDescription(const MBQOptionalProperty<std::string>& descrip
 }
 
 int MBQEnvConfig::getAddresses(MBQOptionalProperty<std::vector<MBQIPAddress>>& addresses) const {
-  return getQoSLikeListExT(addresses, kAddressTag);
+  return getQoSLikeListExT(addresses, Tag::kAddress);
 }
 int MBQEnvConfig::setAddresses(const MBQOptionalProperty<std::vector<MBQIPAddress>>& addresses) {
-  return setQoSLikeListExT(addresses, kAddressTag, std::string());
+  return setQoSLikeListExT(addresses, Tag::kAddress, std::string());
 }
 int MBQEnvConfig::getNameservers(MBQOptionalProperty<std::vector<MBQIPAddress>>& nameservers) const {
   return getQoSLikeListExT(nameservers, kNameserver);
@@ -123,11 +122,11 @@ int MBQEnvConfig::setDisabled(const MBQOptionalProperty<bool>& disabled) { retur
 int MBQEnvConfig::getQoSes(MBQOptionalProperty<std::set<MBQQoS>>& qoses) const {
   if (!it_) return -1;
   qoses.get().clear();
-  return getQoSLikeListExT(qoses, kQoSTag);
+  return getQoSLikeListExT(qoses, Tag::kQosValue);
 }
 
 int MBQEnvConfig::setQoSes(const MBQOptionalProperty<std::set<MBQQoS>>& qoses) {
-  return setQoSLikeListExT(qoses, kQoSTag, std::string());
+  return setQoSLikeListExT(qoses, Tag::kQosValue, std::string());
 }
 
 int MBQEnvConfig::getQoS(const std::string& id, MBQOptionalProperty<MBQQoS>& qos) const {
@@ -149,8 +148,8 @@ int MBQEnvConfig::getFeatureList(MBQOptionalProperty<std::map<std::string, std::
   property.get().clear();
   property.specify(it_->hasChild(name));
   if (!property.isSpecified()) return 0;
-  auto reader = MBQReaderMap(name, MBQReaderRequired, MBQReaderID(MBQReaderValue<std::string>(), 1026, MBQReaderOptional),
-                             MBQReaderID(MBQReaderValue<std::string>(), 1018, MBQReaderRequired));
+  auto reader = MBQReaderMap(name, MBQReaderRequired, MBQReaderID(MBQReaderValue<std::string>(), Tag::kKey, MBQReaderOptional),
+                             MBQReaderID(MBQReaderValue<std::string>(), Tag::kValue, MBQReaderRequired));
   return reader(*it_, property.get());
 }
 
@@ -159,8 +158,8 @@ int MBQEnvConfig::setFeatureList(const MBQOptionalProperty<std::map<std::string,
   initMsg();
   removeAll(name);
   if (!property.isSpecified()) return 0;
-  auto writer = MBQWriterMap(name, MBQWriterID(MBQWriterValue<std::string>(), 1026),
-                             MBQWriterID(MBQWriterValue<std::string>(), 1018));
+  auto writer = MBQWriterMap(name, MBQWriterID(MBQWriterValue<std::string>(), Tag::kKey),
+                             MBQWriterID(MBQWriterValue<std::string>(), Tag::kValue));
   return writer(*it_, property.get());
 }
 

@@ -13,6 +13,7 @@
 #include "MBQMessage/MBQMessage.h"
 #include "MBQMessage/MBQMessageIterator.h"
 #include "MBQMessage/MBQTagTable.h"
+#include "MBQMessage/MBQNamespaces.h"
 
 namespace MBQ {
 
@@ -161,7 +162,7 @@ class MBQ_EXPORT MBQEnvConfig : public MBQChildOrder {
   struct MBQ_EXPORT Writer {
     const char* getStrNSID() const { return ""; }
     const char* getStrTypeID() const { return ""; }
-    int getNSID() const { return 292; }
+    int getNSID() const { return kCoreTypesNamespaceId; }
     int getTypeID() const { return 120; }
     int operator()(MBQMessageIterator& it, const MBQEnvConfig& config) const;
   };

@@ -5,12 +5,11 @@
 #include "MBQCore/MBQError.h"
 #include "MBQMessage/MBQCoreValueCodec.h"
 #include "MBQMessage/MBQMessageIterator.h"
+#include "MBQMessage/MBQTags.h"
 
 namespace MBQ {
 
 namespace {
-
-constexpr int kAddressTag = 2047;
 const char kAddressesName[] = "addresses";
 const char kGatewayName[] = "gateway";
 
@@ -21,7 +20,7 @@ int MBQIPPoolAllocation::Reader::operator()(const MBQMessageIterator& it, MBQIPP
   read.addresses_ = AddressList();
   if (it.descend(kAddressesName) == 0) {
     std::vector<MBQIPv6> addresses;
-    const int rc = MBQReaderData(addresses, kAddressTag, MBQReaderOptional)(it, addresses);
+    const int rc = MBQReaderData(addresses, Tag::kAddress, MBQReaderOptional)(it, addresses);
     it.up();
     if (rc != 0) {
       setErrorMessage("bad address in an address pool allocation: %s", getErrorMessage().c_str());
@@ -41,7 +40,7 @@ int MBQIPPoolAllocation::Writer::operator()(MBQMessageIterator& it, const MBQIPP
   if (allocation.addresses_.isSpecified()) {
     if (it.addChildAndDescend(kAddressesName) != 0) return -1;
     const std::vector<MBQIPv6>& addresses = allocation.addresses_.get();
-    const int rc = MBQWriterData(addresses, kAddressTag)(it, addresses);
+    const int rc = MBQWriterData(addresses, Tag::kAddress)(it, addresses);
     it.up();
     if (rc != 0) return -1;
   }

@@ -5,12 +5,11 @@
 #include "MBQCore/MBQError.h"
 #include "MBQMessage/MBQCoreValueCodec.h"
 #include "MBQMessage/MBQMessageIterator.h"
+#include "MBQMessage/MBQTags.h"
 
 namespace MBQ {
 
 namespace {
-
-constexpr int kAddressTag = 2047;
 
 // Unlike the default address reader, a blank element is kept too (as an invalid address with
 // that text): whatever the writer wrote must read back, and the record never validates.
@@ -42,7 +41,7 @@ int MBQNetNIC::Reader::operator()(const MBQMessageIterator& it, MBQNetNIC& nic) 
   it.getValue("ifname", name);
   read.setName(name);
   read.addresses_.clear();
-  MBQReaderList(AddressTextReader(), kAddressTag, MBQReaderOptional)(it, read.addresses_);
+  MBQReaderList(AddressTextReader(), Tag::kAddress, MBQReaderOptional)(it, read.addresses_);
   // Texts cannot be malformed: a missing element leaves the value, which is all a failed
   // read can mean here.
   it.getValue("network", read.network_);
@@ -56,7 +55,7 @@ int MBQNetNIC::Reader::operator()(const MBQMessageIterator& it, MBQNetNIC& nic) 
 
 int MBQNetNIC::Writer::operator()(MBQMessageIterator& it, const MBQNetNIC& nic) const {
   if (it.setValue("ifname", nic.getName()) != 0 ||
-      MBQWriterData(nic.addresses_, kAddressTag)(it, nic.addresses_) != 0 ||
+      MBQWriterData(nic.addresses_, Tag::kAddress)(it, nic.addresses_) != 0 ||
       it.setValue("network", nic.network_) != 0 || it.setValue("gateway", nic.gateway_) != 0 ||
       it.setValue("gateway6", nic.gateway6_) != 0 || it.setValue("dhcp", nic.dhcp_) != 0 ||
       it.setValue("dhcp6", nic.dhcp6_) != 0 || it.setValue("mac", nic.mac_) != 0)

@@ -5,6 +5,7 @@
 
 #include "MBQCore/MBQExport.h"
 #include "MBQCore/MBQIPAddress.h"
+#include "MBQMessage/MBQNamespaces.h"
 
 namespace MBQ {
 
@@ -86,7 +87,7 @@ class MBQ_EXPORT MBQNetNIC : public MBQNetDevice {
   // holding the text). It returns -1 only for a flag element whose text is not a boolean, and
   // then leaves the record unchanged.
   //
-  // The writer declares the core schema (namespace 292, type 167, "net_nicType"). A record
+  // The writer declares the core schema (namespace kCoreTypesNamespaceId, type 167, "net_nicType"). A record
   // derived from MBQNetNIC writes this part in place by calling the Writer directly (not
   // through a typed write), so that its own schema type stays on the element.
   struct MBQ_EXPORT Reader {
@@ -95,7 +96,7 @@ class MBQ_EXPORT MBQNetNIC : public MBQNetDevice {
   struct MBQ_EXPORT Writer {
     const char* getStrNSID() const { return ""; }
     const char* getStrTypeID() const { return ""; }
-    int getNSID() const { return 292; }
+    int getNSID() const { return kCoreTypesNamespaceId; }
     int getTypeID() const { return 167; }
     int operator()(MBQMessageIterator& it, const MBQNetNIC& nic) const;
   };

@@ -1,6 +1,7 @@
 #include "MBQFunctionalityCore/MBQOperatorRecords.h"
 
 #include "MBQMessage/MBQCoreValueCodec.h"
+#include "MBQMessage/MBQTags.h"
 
 namespace MBQ {
 
@@ -12,7 +13,6 @@ constexpr const char* kLogLevel = "log_level";
 constexpr const char* kCpuUser = "cpu_user";
 constexpr const char* kCpuSystem = "cpu_system";
 constexpr const char* kCpuIdle = "cpu_idle";
-constexpr int kEidTag = 1652;
 
 }  // namespace
 
@@ -68,13 +68,13 @@ int MBQCPULoad::Writer::operator()(MBQMessageIterator& it, const MBQCPULoad& l) 
 
 int MBQEIDList::Reader::operator()(const MBQMessageIterator& it, MBQEIDList& list) const {
   std::vector<MBQEID> ids;
-  const int rc = MBQReaderData(ids, kEidTag, MBQReaderOptional)(it, ids);
+  const int rc = MBQReaderData(ids, Tag::kEid, MBQReaderOptional)(it, ids);
   list.ids_ = std::move(ids);
   return rc;
 }
 
 int MBQEIDList::Writer::operator()(MBQMessageIterator& it, const MBQEIDList& list) const {
-  return MBQWriterData(list.ids_, kEidTag)(it, list.ids_);
+  return MBQWriterData(list.ids_, Tag::kEid)(it, list.ids_);
 }
 
 }  // namespace MBQ

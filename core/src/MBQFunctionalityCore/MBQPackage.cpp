@@ -1,11 +1,9 @@
 #include "MBQFunctionalityCore/MBQPackage.h"
+#include "MBQMessage/MBQTags.h"
 
 namespace MBQ {
 
 namespace {
-
-constexpr int kNameTag = 1026;
-constexpr int kVersionTag = 1223;
 constexpr const char* kOsName = "os_name";
 constexpr const char* kOsVersion = "os_version";
 
@@ -18,7 +16,7 @@ MBQPackage::~MBQPackage() = default;
 int MBQPackage::Reader::operator()(const MBQMessageIterator& it, MBQPackage& package) const {
   std::string name;
   std::string version;
-  if (it.getValue(kNameTag, name) != 0 || it.getValue(kVersionTag, version) != 0) return -1;
+  if (it.getValue(Tag::kKey, name) != 0 || it.getValue(Tag::kRelease, version) != 0) return -1;
   const auto readOptional = [&it](const char* element) {
     OptionalText property;
     MBQReaderID(MBQDefaultReader<OptionalText>(), element, MBQReaderOptional)(it, property);
@@ -34,8 +32,8 @@ int MBQPackage::Reader::operator()(const MBQMessageIterator& it, MBQPackage& pac
 }
 
 int MBQPackage::Writer::operator()(MBQMessageIterator& it, const MBQPackage& package) const {
-  if (it.setValue(kNameTag, package.name_) != 0) return -1;
-  if (it.setValue(kVersionTag, package.version_) != 0) return -1;
+  if (it.setValue(Tag::kKey, package.name_) != 0) return -1;
+  if (it.setValue(Tag::kRelease, package.version_) != 0) return -1;
   if (MBQWriterID(MBQDefaultWriter<OptionalText>(), kOsName)(it, package.osName_) != 0) return -1;
   return MBQWriterID(MBQDefaultWriter<OptionalText>(), kOsVersion)(it, package.osVersion_);
 }

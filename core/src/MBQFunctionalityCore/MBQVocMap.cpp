@@ -15,6 +15,7 @@
 #include "MBQCore/MBQString.h"
 #include "MBQMessage/MBQMessage.h"
 #include "MBQMessage/MBQTagTable.h"
+#include "MBQMessage/MBQTags.h"
 
 namespace MBQ {
 
@@ -27,9 +28,6 @@ constexpr const char* kRootElement = "vocabulary";
 constexpr const char* kTechnologyElement = "technology";
 constexpr const char* kCategoryElement = "category";
 constexpr const char* kParameterElement = "parameter";
-// Technologies, categories and parameters are all named by the same tag, the one readers use
-// for a parameter's name.
-constexpr int kNameTag = MBQVocMap::kNameTag;
 
 // What the structure check found wrong, and where.
 struct Problem {
@@ -56,12 +54,12 @@ bool hasStrayText(const MBQMessageIterator& element) {
 // Reads the single name child of `element`; on failure fills `what` and returns -1.
 int readName(const MBQMessageIterator& element, std::string& name, std::string& what) {
   std::unique_ptr<MBQMessageIterator> child = element.clone();
-  if (child->descend(kNameTag) != 0) {
+  if (child->descend(Tag::kName) != 0) {
     what = "no name";
     return -1;
   }
   child->getText(name);
-  if (child->next(kNameTag) == 0) {
+  if (child->next(Tag::kName) == 0) {
     what = "more than one name";
     return -1;
   }
@@ -131,7 +129,7 @@ class Collector {
     const std::string where = named(kTechnologyElement, key);
     if (!keys.insert(key).second) return fail(where, "technology key used twice");
     if (hasStrayText(technology)) return fail(where, "unexpected text");
-    const std::string nameElement = tagName(kNameTag);
+    const std::string nameElement = tagName(Tag::kName);
     std::set<std::string> names;
     int categoryCount = 0;
     std::unique_ptr<MBQMessageIterator> child = technology.clone();
@@ -157,7 +155,7 @@ class Collector {
                              "' category");
     if (!names.insert(name).second) return fail(where, "category name used twice");
     if (hasStrayText(category)) return fail(where, "unexpected text");
-    const std::string nameElement = tagName(kNameTag);
+    const std::string nameElement = tagName(Tag::kName);
     // Readers key resources by the lower-cased name, so names differing only in case would
     // silently shadow each other there.
     std::map<std::string, int> parameters;

@@ -117,11 +117,6 @@ class MBQ_EXPORT MBQVocMap {
   static constexpr const char* kFormulasCategory = "tune";
   // The elements of a parameter, by tag id or name: its name, a formula's id, text and second
   // text, and a resource's declaration (complexity, value type).
-  static constexpr int kNameTag = 1010;
-  static constexpr int kFormulaIdTag = 1007;
-  static constexpr int kFormulaInfoTag = 1302;
-  static constexpr int kComplexityTag = 1304;
-  static constexpr int kFormulaTag = 1307;
   static constexpr const char* kValueTypeElement = "value_type";
   static constexpr const char* kFormulasAlias = "FORMULAE";
   // Largest vocabulary file loadFile() reads.

@@ -4,6 +4,7 @@
 
 #include "MBQCore/MBQExport.h"
 #include "MBQMessage/MBQMessageIterator.h"
+#include "MBQMessage/MBQNamespaces.h"
 
 namespace MBQ {
 
@@ -13,7 +14,7 @@ namespace MBQ {
 //
 // Message layout, in the record's own element: "vt_name" (required when reading) then
 // "vt_version" (optional; missing reads as empty). A derived writer writes these elements
-// after its own, in the same element. Writer schema: core namespace (292), type 151.
+// after its own, in the same element. Writer schema: core namespace (kCoreTypesNamespaceId), type 151.
 class MBQ_EXPORT MBQVtInfo {
  public:
   MBQVtInfo() = default;
@@ -32,7 +33,7 @@ class MBQ_EXPORT MBQVtInfo {
   struct MBQ_EXPORT Writer {
     const char* getStrNSID() const { return ""; }
     const char* getStrTypeID() const { return ""; }
-    int getNSID() const { return 292; }
+    int getNSID() const { return kCoreTypesNamespaceId; }
     int getTypeID() const { return 151; }
     int operator()(MBQMessageIterator& it, const MBQVtInfo& info) const;
   };

@@ -2,6 +2,7 @@
 
 #include "MBQCore/MBQExport.h"
 #include "MBQMessage/MBQMessageIterator.h"
+#include "MBQMessage/MBQNamespaces.h"
 
 namespace MBQ {
 
@@ -11,7 +12,7 @@ namespace MBQ {
 //
 // Message layout, in the record's own element: "settings_version" (integer, required when
 // reading). A derived writer writes it after its own elements, in the same element. Writer
-// schema: core namespace (292), type 152.
+// schema: core namespace (kCoreTypesNamespaceId), type 152.
 class MBQ_EXPORT MBQVtSettings {
  public:
   MBQVtSettings() = default;
@@ -28,7 +29,7 @@ class MBQ_EXPORT MBQVtSettings {
   struct MBQ_EXPORT Writer {
     const char* getStrNSID() const { return ""; }
     const char* getStrTypeID() const { return ""; }
-    int getNSID() const { return 292; }
+    int getNSID() const { return kCoreTypesNamespaceId; }
     int getTypeID() const { return 152; }
     int operator()(MBQMessageIterator& it, const MBQVtSettings& settings) const;
   };

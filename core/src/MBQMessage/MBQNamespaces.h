@@ -6,8 +6,9 @@
 
 namespace MBQ {
 
-// The core framework's own records (numeric namespace id 292).
+// The core framework's own records, which writers name by a numeric id (see MBQDefaultMap).
 constexpr const char* kCoreTypesNamespace = MBQ_NAMESPACE_HOST "/webservices/mbq/4.0.0/mbqtypes";
+constexpr int kCoreTypesNamespaceId = 292;
 // The container technology's records.
 constexpr const char* kTypesNamespace = MBQ_NAMESPACE_HOST "/webservices/ktr/4.0.0/ktrtypes";
 // Update service records.

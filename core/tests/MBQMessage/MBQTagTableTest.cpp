@@ -2,13 +2,17 @@
 
 #include <gtest/gtest.h>
 
+#include <cctype>
 #include <cstring>
+#include <fstream>
+#include <regex>
 #include <set>
 #include <iterator>
 #include <string>
 #include <vector>
 
 #include "MBQMessage/MBQNamespaces.h"
+#include "MBQMessage/MBQTags.h"
 
 namespace {
 
@@ -16,18 +20,6 @@ using MBQ::MBQDefaultMap;
 using MBQ::MBQTagEntry;
 using MBQ::tagId;
 using MBQ::tagName;
-
-// Every tag id the library's records, readers and writers use.
-constexpr int kUsedIds[] = {
-    1002, 1004, 1007, 1010, 1012, 1017, 1018, 1023, 1024, 1025, 1026, 1032, 1034, 1065, 1066,
-    1067, 1070, 1094, 1099, 1100, 1101, 1118, 1152, 1156, 1185, 1189, 1223, 1224, 1226, 1231,
-    1232, 1248, 1250, 1251, 1252, 1253, 1262, 1264, 1274, 1275, 1276, 1278, 1281, 1295, 1301,
-    1302, 1304, 1305, 1307, 1315, 1323, 1328, 1338, 1346, 1347, 1377, 1405, 1417, 1463, 1476,
-    1479, 1480, 1481, 1496, 1497, 1498, 1499, 1501, 1502, 1509, 1511, 1538, 1549, 1550, 1556,
-    1557, 1573, 1579, 1582, 1586, 1632, 1647, 1652, 1704, 1705, 1733, 1747, 1780, 1786, 1795,
-    1803, 1811, 1813, 1818, 1837, 1839, 1843, 1846, 1857, 1859, 1899, 1992, 2005, 2047, 2053,
-    2291,
-};
 
 // Element names that records address by string, and the core records' own element names: a
 // tag with one of these names would make the cursor find the wrong element.
@@ -96,34 +88,44 @@ TEST(MBQTagTableTest, EveryEntryRoundTripsThroughBothLookUps) {
   }
 }
 
-TEST(MBQTagTableTest, HoldsExactlyTheIdsTheLibraryUses) {
-  std::set<int> used(std::begin(kUsedIds), std::end(kUsedIds));
-  ASSERT_EQ(std::size(kUsedIds), used.size()) << "the list itself repeats an id";
-  for (int id : kUsedIds) EXPECT_NE(nullptr, tagName(id)) << "missing id " << id;
-  for (const MBQTagEntry& entry : table())
-    EXPECT_EQ(1u, used.count(entry.id)) << "id " << entry.id << " is not used anywhere";
+// Each constant of MBQTags.h is its row of the table, named as its element in CamelCase.
+TEST(MBQTagTableTest, ConstantsAreTheTableRowsInCamelCase) {
+  auto camel = [](const std::string& element) {
+    std::string name;
+    bool upper = true;
+    for (char c : element) {
+      if (c == '_') {
+        upper = true;
+        continue;
+      }
+      name += upper ? static_cast<char>(std::toupper(static_cast<unsigned char>(c))) : c;
+      upper = false;
+    }
+    return name;
+  };
+  std::size_t rows = 0;
+#define CHECK_ROW(id, name, element)                 \
+  EXPECT_STREQ(element, tagName(MBQ::Tag::k##name)); \
+  EXPECT_EQ(camel(element), #name);                  \
+  ++rows;
+  MBQ_TAGS(CHECK_ROW)
+#undef CHECK_ROW
+  EXPECT_EQ(table().size(), rows);
 }
 
-TEST(MBQTagTableTest, KeepsTheContainerConfigurationNames) {
-  // The configuration's element order table addresses these tags by their names.
-  const struct {
-    int id;
-    const char* name;
-  } kFixed[] = {
-      {1002, "veid"},         {1549, "ve_root"},          {1550, "ve_private"},
-      {1556, "on_boot"},      {1226, "template"},         {1733, "os_template"},
-      {1780, "distribution"}, {1786, "capability"},       {1463, "iptables"},
-      {1747, "offline_service"}, {2053, "net_device"},    {1557, "rate_bound"},
-      {1837, "slm_mode"},     {2291, "is_sample"},        {1859, "role"},
-      {1647, "offline_management"},
-      // shared ids with generic names
-      {1010, "name"},         {1018, "value"},            {1007, "type"},
-  };
-  for (const auto& fixed : kFixed) {
-    const char* name = tagName(fixed.id);
-    ASSERT_NE(nullptr, name) << fixed.id;
-    EXPECT_STREQ(fixed.name, name) << fixed.id;
+// docs/tag-table.md lists exactly the table's rows, in order.
+TEST(MBQTagTableTest, TheDocumentListsTheTable) {
+  std::ifstream in(std::string(KTR_SOURCE_DIR) + "/docs/tag-table.md");
+  ASSERT_TRUE(in) << "docs/tag-table.md";
+  std::vector<std::pair<int, std::string>> listed;
+  const std::regex row(R"(^\| (\d+) \| `([a-z0-9_]+)` \|)");
+  for (std::string line; std::getline(in, line);) {
+    std::smatch match;
+    if (std::regex_search(line, match, row)) listed.emplace_back(std::stoi(match[1]), match[2]);
   }
+  std::vector<std::pair<int, std::string>> expected;
+  for (const MBQTagEntry& entry : table()) expected.emplace_back(entry.id, entry.name);
+  EXPECT_EQ(expected, listed);
 }
 
 TEST(MBQTagTableTest, NoTagTakesANameUsedByString) {
@@ -145,7 +147,7 @@ TEST(MBQTagTableTest, UnknownIdsAndNamesAreNotFound) {
 TEST(MBQTagTableTest, TableCountIsOptional) {
   std::size_t count = 0;
   const MBQTagEntry* withCount = MBQ::tagTable(&count);
-  EXPECT_EQ(std::size(kUsedIds), count);
+  EXPECT_EQ(table().size(), count);
   EXPECT_EQ(withCount, MBQ::tagTable(nullptr));
 }
 

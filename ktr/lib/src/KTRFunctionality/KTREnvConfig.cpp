@@ -10,8 +10,11 @@
 #include "KTRFunctionality/KTRVEth.h"
 #include "MBQFunctionalityCore/MBQEnv.h"
 #include "MBQMessage/MBQDerivedParsers.h"
+#include "MBQMessage/MBQTags.h"
 
 namespace KTR {
+
+namespace Tag = MBQ::Tag;
 
 namespace {
 
@@ -20,22 +23,6 @@ using MBQ::MBQOptionalProperty;
 const char* const kTypes = MBQ::kTypesNamespace;
 
 // Element ids and names of the configuration's own properties.
-constexpr int kVeid = 1002;
-constexpr int kVERoot = 1549;
-constexpr int kVEPrivate = 1550;
-constexpr int kOnBoot = 1556;
-constexpr int kTemplate = 1226;
-constexpr int kOfflineManagement = 1647;
-constexpr int kOsTemplate = 1733;
-constexpr int kDistribution = 1780;
-constexpr int kCapability = 1786;
-constexpr int kIPTables = 1463;
-constexpr int kOfflineService = 1747;
-constexpr int kNetDevice = 2053;
-constexpr int kRateBound = 1557;
-constexpr int kSLMMode = 1837;
-constexpr int kIsSample = 2291;
-constexpr int kRole = 1859;
 const char* const kCtid = "ctid";
 const char* const kNetfilter = "netfilter";
 const char* const kVEType = "ve_type";
@@ -101,15 +88,15 @@ int KTREnvConfig::getPositionOfTheTag(const std::string& name) const {
 
 int KTREnvConfig::getVeid(int& veid) const {
   if (!hasMsg()) return -1;
-  return msg()->getValue(kVeid, veid);
+  return msg()->getValue(Tag::kVeid, veid);
 }
 
 int KTREnvConfig::setVeid(const int& veid) {
   initMsg();
   MBQ::MBQMessageIterator& it = *msg();
-  if (it.lookup(kVeid) == 0) it.remove();
+  if (it.lookup(Tag::kVeid) == 0) it.remove();
   NamespaceSetterGuard guard(it, kTypes);
-  return it.setValue(kVeid, veid);
+  return it.setValue(Tag::kVeid, veid);
 }
 
 int KTREnvConfig::getVeid(CtidWrapper& ctid) const {
@@ -120,7 +107,7 @@ int KTREnvConfig::getVeid(CtidWrapper& ctid) const {
     return 0;
   }
   int veid = 0;
-  int rc = msg()->getValue(kVeid, veid);
+  int rc = msg()->getValue(Tag::kVeid, veid);
   if (rc != 0) return rc;
   ctid = CtidWrapper(veid);
   return 0;
@@ -129,21 +116,21 @@ int KTREnvConfig::getVeid(CtidWrapper& ctid) const {
 int KTREnvConfig::setVeid(const CtidWrapper& ctid) {
   initMsg();
   MBQ::MBQMessageIterator& it = *msg();
-  if (it.lookup(kVeid) == 0) it.remove();
+  if (it.lookup(Tag::kVeid) == 0) it.remove();
   {
     NamespaceSetterGuard guard(it, kTypes);
-    it.setValue(kVeid, static_cast<long long>(ctid.getId()));
+    it.setValue(Tag::kVeid, static_cast<long long>(ctid.getId()));
   }
   if (it.lookup(kCtid) == 0) it.remove();
   NamespaceSetterGuard guard(it, kTypes);
   return it.setValue(kCtid, std::string(ctid.toString()));
 }
 
-int KTREnvConfig::getVERootVar(MBQOptionalProperty<std::string>& value) const { return getValueAttr(value, kVERoot); }
-int KTREnvConfig::setVERootVar(const MBQOptionalProperty<std::string>& value) { return setValueAttr(value, kVERoot, kTypes); }
-int KTREnvConfig::getVEPrivateVar(MBQOptionalProperty<std::string>& value) const { return getValueAttr(value, kVEPrivate); }
+int KTREnvConfig::getVERootVar(MBQOptionalProperty<std::string>& value) const { return getValueAttr(value, Tag::kVeRoot); }
+int KTREnvConfig::setVERootVar(const MBQOptionalProperty<std::string>& value) { return setValueAttr(value, Tag::kVeRoot, kTypes); }
+int KTREnvConfig::getVEPrivateVar(MBQOptionalProperty<std::string>& value) const { return getValueAttr(value, Tag::kVePrivate); }
 int KTREnvConfig::setVEPrivateVar(const MBQOptionalProperty<std::string>& value) {
-  return setValueAttr(value, kVEPrivate, kTypes);
+  return setValueAttr(value, Tag::kVePrivate, kTypes);
 }
 
 namespace {
@@ -187,51 +174,51 @@ void KTREnvConfig::veidSubstitute(const CtidWrapper& ctid, std::string& text) {
   replaceAll(text, "${VEID}", ctid.toString());
 }
 
-int KTREnvConfig::getOnBoot(MBQOptionalProperty<bool>& value) const { return getValueAttr(value, kOnBoot); }
-int KTREnvConfig::setOnBoot(const MBQOptionalProperty<bool>& value) { return setValueAttr(value, kOnBoot, kTypes); }
+int KTREnvConfig::getOnBoot(MBQOptionalProperty<bool>& value) const { return getValueAttr(value, Tag::kOnBoot); }
+int KTREnvConfig::setOnBoot(const MBQOptionalProperty<bool>& value) { return setValueAttr(value, Tag::kOnBoot, kTypes); }
 
 int KTREnvConfig::getTemplates(MBQOptionalProperty<std::vector<KTRTemplate>>& value) const {
-  return getQoSLikeListExT(value, kTemplate);
+  return getQoSLikeListExT(value, Tag::kTemplate);
 }
 int KTREnvConfig::setTemplates(const MBQOptionalProperty<std::vector<KTRTemplate>>& value) {
-  return setQoSLikeListExT(value, kTemplate, kTypes);
+  return setQoSLikeListExT(value, Tag::kTemplate, kTypes);
 }
 
 int KTREnvConfig::getOfflineManagement(MBQOptionalProperty<bool>& value) const {
-  return getValueAttr(value, kOfflineManagement);
+  return getValueAttr(value, Tag::kOfflineManagement);
 }
 int KTREnvConfig::setOfflineManagement(const MBQOptionalProperty<bool>& value) {
-  return setValueAttr(value, kOfflineManagement, kTypes);
+  return setValueAttr(value, Tag::kOfflineManagement, kTypes);
 }
-int KTREnvConfig::getOsTemplate(MBQOptionalProperty<KTRTemplate>& value) const { return getValueAttr(value, kOsTemplate); }
+int KTREnvConfig::getOsTemplate(MBQOptionalProperty<KTRTemplate>& value) const { return getValueAttr(value, Tag::kOsTemplate); }
 int KTREnvConfig::setOsTemplate(const MBQOptionalProperty<KTRTemplate>& value) {
-  return setValueAttr(value, kOsTemplate, kTypes);
+  return setValueAttr(value, Tag::kOsTemplate, kTypes);
 }
 int KTREnvConfig::getDistribution(MBQOptionalProperty<KTRDistribution>& value) const {
-  return getValueAttr(value, kDistribution);
+  return getValueAttr(value, Tag::kDistribution);
 }
 int KTREnvConfig::setDistribution(const MBQOptionalProperty<KTRDistribution>& value) {
-  return setValueAttr(value, kDistribution, kTypes);
+  return setValueAttr(value, Tag::kDistribution, kTypes);
 }
 
 int KTREnvConfig::getCapabilities(MBQOptionalProperty<std::set<KTREnvCapability>>& value) const {
-  return getQoSLikeListExT(value, kCapability);
+  return getQoSLikeListExT(value, Tag::kCapability);
 }
 int KTREnvConfig::setCapabilities(const MBQOptionalProperty<std::set<KTREnvCapability>>& value) {
-  return setQoSLikeListT(value, kCapability, kTypes);
+  return setQoSLikeListT(value, Tag::kCapability, kTypes);
 }
 int KTREnvConfig::getCapability(MBQOptionalProperty<KTREnvCapability>& value) const {
-  return getValueAttr(value, kCapability);
+  return getValueAttr(value, Tag::kCapability);
 }
 int KTREnvConfig::setCapability(const MBQOptionalProperty<KTREnvCapability>& value) {
-  return setValueAttr(value, kCapability, kTypes);
+  return setValueAttr(value, Tag::kCapability, kTypes);
 }
 
 int KTREnvConfig::getIPTables(MBQOptionalProperty<std::set<std::string>>& value) const {
-  return getStringListAttr(value, kIPTables);
+  return getStringListAttr(value, Tag::kIptables);
 }
 int KTREnvConfig::setIPTables(const MBQOptionalProperty<std::set<std::string>>& value) {
-  return setStringListAttr(value, kIPTables, kTypes);
+  return setStringListAttr(value, Tag::kIptables, kTypes);
 }
 int KTREnvConfig::getNetfilterMode(MBQOptionalProperty<std::string>& value) const { return getValueAttr(value, kNetfilter); }
 int KTREnvConfig::setNetfilterMode(const MBQOptionalProperty<std::string>& value) {
@@ -240,10 +227,10 @@ int KTREnvConfig::setNetfilterMode(const MBQOptionalProperty<std::string>& value
 int KTREnvConfig::getVEType(MBQOptionalProperty<KTRVPSType>& value) const { return getValueAttr(value, kVEType); }
 int KTREnvConfig::setVEType(const MBQOptionalProperty<KTRVPSType>& value) { return setValueAttr(value, kVEType, kTypes); }
 int KTREnvConfig::getOfflineServices(MBQOptionalProperty<std::set<std::string>>& value) const {
-  return getStringListAttr(value, kOfflineService);
+  return getStringListAttr(value, Tag::kOfflineService);
 }
 int KTREnvConfig::setOfflineServices(const MBQOptionalProperty<std::set<std::string>>& value) {
-  return setStringListAttr(value, kOfflineService, kTypes);
+  return setStringListAttr(value, Tag::kOfflineService, kTypes);
 }
 int KTREnvConfig::getWinsServers(MBQOptionalProperty<std::vector<MBQ::MBQIPAddress>>& value) const {
   return getQoSLikeListExT(value, kWinsServer);
@@ -252,10 +239,10 @@ int KTREnvConfig::setWinsServers(const MBQOptionalProperty<std::vector<MBQ::MBQI
   return setQoSLikeListExT(value, kWinsServer, kTypes);
 }
 int KTREnvConfig::getNetVEths(MBQOptionalProperty<std::vector<KTRNetVEth>>& value) const {
-  return getQoSLikeListExT(value, kNetDevice);
+  return getQoSLikeListExT(value, Tag::kNetDevice);
 }
 int KTREnvConfig::setNetVEths(const MBQOptionalProperty<std::vector<KTRNetVEth>>& value) {
-  return setQoSLikeListExT(value, kNetDevice, kTypes);
+  return setQoSLikeListExT(value, Tag::kNetDevice, kTypes);
 }
 int KTREnvConfig::getTSLicenseServers(MBQOptionalProperty<std::set<std::string>>& value) const {
   return getStringListAttr(value, kTSLicenseServer);
@@ -271,29 +258,29 @@ int KTREnvConfig::getAllowReboot(MBQOptionalProperty<bool>& value) const { retur
 int KTREnvConfig::setAllowReboot(const MBQOptionalProperty<bool>& value) {
   return setValueAttr(value, kAllowReboot, kTypes);
 }
-int KTREnvConfig::getRateBound(MBQOptionalProperty<bool>& value) const { return getValueAttr(value, kRateBound); }
-int KTREnvConfig::setRateBound(const MBQOptionalProperty<bool>& value) { return setValueAttr(value, kRateBound, kTypes); }
+int KTREnvConfig::getRateBound(MBQOptionalProperty<bool>& value) const { return getValueAttr(value, Tag::kRateBound); }
+int KTREnvConfig::setRateBound(const MBQOptionalProperty<bool>& value) { return setValueAttr(value, Tag::kRateBound, kTypes); }
 int KTREnvConfig::getRatesList(MBQOptionalProperty<std::vector<MBQ::MBQInterfaceRate>>& value) const {
   return getQoSLikeListExT(value, kInterfaceRate);
 }
 int KTREnvConfig::setRatesList(const MBQOptionalProperty<std::vector<MBQ::MBQInterfaceRate>>& value) {
   return setQoSLikeListExT(value, kInterfaceRate, kTypes);
 }
-int KTREnvConfig::getSLMMode(MBQOptionalProperty<std::string>& value) const { return getValueAttr(value, kSLMMode); }
-int KTREnvConfig::setSLMMode(const MBQOptionalProperty<std::string>& value) { return setValueAttr(value, kSLMMode, kTypes); }
+int KTREnvConfig::getSLMMode(MBQOptionalProperty<std::string>& value) const { return getValueAttr(value, Tag::kSlmMode); }
+int KTREnvConfig::setSLMMode(const MBQOptionalProperty<std::string>& value) { return setValueAttr(value, Tag::kSlmMode, kTypes); }
 int KTREnvConfig::getOriginSample(MBQOptionalProperty<std::string>& value) const {
   return getValueAttr(value, kOriginSample);
 }
 int KTREnvConfig::setOriginSample(const MBQOptionalProperty<std::string>& value) {
   return setValueAttr(value, kOriginSample, kTypes);
 }
-int KTREnvConfig::getSample(MBQOptionalProperty<bool>& value) const { return getValueAttr(value, kIsSample); }
-int KTREnvConfig::setSample(const MBQOptionalProperty<bool>& value) { return setValueAttr(value, kIsSample, kTypes); }
+int KTREnvConfig::getSample(MBQOptionalProperty<bool>& value) const { return getValueAttr(value, Tag::kIsSample); }
+int KTREnvConfig::setSample(const MBQOptionalProperty<bool>& value) { return setValueAttr(value, Tag::kIsSample, kTypes); }
 int KTREnvConfig::getServerRoles(MBQOptionalProperty<std::set<std::string>>& value) const {
-  return getStringListAttr(value, kRole);
+  return getStringListAttr(value, Tag::kRole);
 }
 int KTREnvConfig::setServerRoles(const MBQOptionalProperty<std::set<std::string>>& value) {
-  return setStringListAttr(value, kRole, kTypes);
+  return setStringListAttr(value, Tag::kRole, kTypes);
 }
 int KTREnvConfig::getFeatures(MBQOptionalProperty<std::map<std::string, std::string>>& value) const {
   return getFeatureList(value, kFeatures);

@@ -17,8 +17,11 @@
 #include "MBQCore/MBQLogger.h"
 #include "MBQCore/MBQString.h"
 #include "MBQFunctionalityCore/MBQInterfaceRate.h"
+#include "MBQMessage/MBQTags.h"
 
 namespace KTR {
+
+namespace Tag = MBQ::Tag;
 
 KTRBashParse::~KTRBashParse() = default;
 
@@ -27,8 +30,6 @@ namespace {
 constexpr const char* kModule = "KTRFunctionality";
 constexpr const char* kSourcePath = "ktr/lib/src/KTRFunctionality/KTREnvConfigBashParser";
 constexpr const char* kResourceCategory = "qos";
-constexpr int kNameTag = MBQ::MBQVocMap::kNameTag;
-constexpr int kComplexityTag = MBQ::MBQVocMap::kComplexityTag;
 constexpr const char* kValueTypeElement = MBQ::MBQVocMap::kValueTypeElement;
 constexpr const char* kFakeDevice = "venet0";
 constexpr const char* kDhcpWord = "dhcp";
@@ -119,7 +120,7 @@ QoS::Declaration readDeclaration(const MBQ::MBQMessageIterator& parameter) {
   QoS::Declaration declaration;
   // A missing or non-numeric element leaves the default.
   parameter.getValue(std::string(kValueTypeElement), declaration.valueType);
-  parameter.getValue(kComplexityTag, declaration.complexity);
+  parameter.getValue(Tag::kComplexity, declaration.complexity);
   return declaration;
 }
 
@@ -336,7 +337,7 @@ int KTREnvConfigBashParser::initQoSMap(const MBQ::MBQVocMapSP& vocabulary) {
   }
   do {
     std::string name;
-    if (parameter->getValue(kNameTag, name) != 0) continue;
+    if (parameter->getValue(Tag::kName, name) != 0) continue;
     QoSDefinition definition;
     definition.id = MBQ::toLower(name);
     definition.key = MBQ::toUpper(name);

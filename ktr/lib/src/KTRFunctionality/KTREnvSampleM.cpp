@@ -9,17 +9,16 @@
 #include "MBQCore/MBQString.h"
 #include "MBQFunctionalityCore/MBQEnvConfig.h"
 #include "MBQMessage/MBQCodec.h"
+#include "MBQMessage/MBQTags.h"
 
 namespace KTR {
+
+namespace Tag = MBQ::Tag;
 
 namespace {
 
 constexpr const char* kModuleName = "KTRFunctionality";
 constexpr const char* kSourcePath = "ktr/lib/src/KTRFunctionality/KTREnvSampleM";
-constexpr int kIdTag = 1007;
-constexpr int kNameTag = 1479;
-constexpr int kFormulaTag = 1480;
-constexpr int kInfoTag = 1481;
 
 constexpr const char* kSLMMemoryLimit = "slmmemorylimit";
 constexpr const char* kNumProc = "numproc";
@@ -28,20 +27,20 @@ constexpr const char* kAvNumProc = "avnumproc";
 }  // namespace
 
 int KTRQoSValidation::Reader::operator()(const MBQ::MBQMessageIterator& it, KTRQoSValidation& record) const {
-  if (it.getValue(kIdTag, record.id_) != 0) return -1;
+  if (it.getValue(Tag::kType, record.id_) != 0) return -1;
   record.names_.clear();
-  MBQ::MBQReaderData(record.names_, kNameTag, MBQ::MBQReaderOptional)(it, record.names_);
-  if (it.getValue(kFormulaTag, record.formula_) != 0) return -1;
-  return it.getValue(kInfoTag, record.info_);
+  MBQ::MBQReaderData(record.names_, Tag::kParameter, MBQ::MBQReaderOptional)(it, record.names_);
+  if (it.getValue(Tag::kWarning, record.formula_) != 0) return -1;
+  return it.getValue(Tag::kWarningInfo, record.info_);
 }
 
 int KTRQoSValidation::Writer::operator()(MBQ::MBQMessageIterator& it, const KTRQoSValidation& record) const {
   // The record is built by the library from a parsed vocabulary, so a write cannot meet bad
   // content; a failing cursor shows in the message as a missing element.
-  it.setValue(kIdTag, record.id_);
-  MBQ::MBQWriterData(record.names_, kNameTag)(it, record.names_);
-  it.setValue(kFormulaTag, record.formula_);
-  it.setValue(kInfoTag, record.info_);
+  it.setValue(Tag::kType, record.id_);
+  MBQ::MBQWriterData(record.names_, Tag::kParameter)(it, record.names_);
+  it.setValue(Tag::kWarning, record.formula_);
+  it.setValue(Tag::kWarningInfo, record.info_);
   return 0;
 }
 

@@ -15,20 +15,16 @@
 #include "MBQMessage/MBQCoreValueCodec.h"
 #include "MBQMessage/MBQDerivedParsers.h"
 #include "MBQMessage/MBQMessageIterator.h"
+#include "MBQMessage/MBQTags.h"
 
 namespace KTR {
+
+namespace Tag = MBQ::Tag;
 namespace HardDisk {
 
 namespace {
 
 constexpr const char* kSourcePath = "ktr/lib/src/KTRFunctionality/KTRHardDisk";
-
-constexpr int kUuidTag = 1010;
-constexpr int kSizeTag = 1024;
-constexpr int kPathTag = 1156;  // the HqFS directory and the Dromo image share it
-constexpr int kEntryTag = 1275;
-constexpr int kSecondQuotaTag = 1301;
-constexpr int kFirstQuotaTag = 1811;
 constexpr const char* kExpanded = "expanded";
 
 using GuidReader = MBQ::MBQDefaultReader<MBQ::MBQGUID>;
@@ -65,17 +61,17 @@ bool operator==(const HqFS& a, const HqFS& b) {
 
 int HqFS::Reader::operator()(const MBQ::MBQMessageIterator& it, HqFS& disk) const {
   // Each field is taken when it reads; a disk described in part is still a disk.
-  it.getValue(kPathTag, disk.path_);
-  it.getObject(disk.first_, MBQ::MBQQoS::Reader(), kFirstQuotaTag);
-  it.getObject(disk.second_, MBQ::MBQQoS::Reader(), kSecondQuotaTag);
+  it.getValue(Tag::kPath, disk.path_);
+  it.getObject(disk.first_, MBQ::MBQQoS::Reader(), Tag::kHqfsQuota);
+  it.getObject(disk.second_, MBQ::MBQQoS::Reader(), Tag::kQuotaSetting);
   return 0;
 }
 
 int HqFS::Writer::operator()(MBQ::MBQMessageIterator& it, const HqFS& disk) const {
-  if (!disk.path_.empty() && it.setValue(kPathTag, disk.path_) != 0) return -1;
-  const int rc = MBQ::MBQWriterID(MBQ::MBQQoS::Writer(), kFirstQuotaTag)(it, disk.first_);
+  if (!disk.path_.empty() && it.setValue(Tag::kPath, disk.path_) != 0) return -1;
+  const int rc = MBQ::MBQWriterID(MBQ::MBQQoS::Writer(), Tag::kHqfsQuota)(it, disk.first_);
   if (rc != 0) return rc;
-  return MBQ::MBQWriterID(MBQ::MBQQoS::Writer(), kSecondQuotaTag)(it, disk.second_);
+  return MBQ::MBQWriterID(MBQ::MBQQoS::Writer(), Tag::kQuotaSetting)(it, disk.second_);
 }
 
 // ---------------------------------------------------------------- Dromo
@@ -106,18 +102,18 @@ void Dromo::fromString(const std::string& text) {
 }
 
 int Dromo::Reader::operator()(const MBQ::MBQMessageIterator& it, Dromo& disk) const {
-  it.getObject(disk.uuid_, GuidReader(), kUuidTag);
-  it.getValue(kPathTag, disk.image_);
-  it.getValue(kSizeTag, disk.size_);
+  it.getObject(disk.uuid_, GuidReader(), Tag::kName);
+  it.getValue(Tag::kPath, disk.image_);
+  it.getValue(Tag::kSize, disk.size_);
   disk.expanded_ = it.hasChild(kExpanded);
   return 0;
 }
 
 int Dromo::Writer::operator()(MBQ::MBQMessageIterator& it, const Dromo& disk) const {
-  if (disk.uuid_.isValid() && MBQ::MBQWriterID(GuidWriter(), kUuidTag)(it, disk.uuid_) != 0) return -1;
+  if (disk.uuid_.isValid() && MBQ::MBQWriterID(GuidWriter(), Tag::kName)(it, disk.uuid_) != 0) return -1;
   if (disk.image_.empty()) return 0;
-  if (it.setValue(kPathTag, disk.image_) != 0) return -1;
-  int rc = it.setValue(kSizeTag, disk.size_);
+  if (it.setValue(Tag::kPath, disk.image_) != 0) return -1;
+  int rc = it.setValue(Tag::kSize, disk.size_);
   if (rc == 0 && disk.expanded_) rc = it.addChild(kExpanded);
   return rc;
 }
@@ -131,12 +127,12 @@ Loopback::Loopback(const MBQ::MBQDevMountInfo& mount) : mount_(mount) {}
 bool operator==(const Loopback& a, const Loopback& b) { return a.uuid_ == b.uuid_ && a.mount_ == b.mount_; }
 
 int Loopback::Reader::operator()(const MBQ::MBQMessageIterator& it, Loopback& disk) const {
-  it.getObject(disk.uuid_, GuidReader(), kUuidTag);
+  it.getObject(disk.uuid_, GuidReader(), Tag::kName);
   return MBQ::MBQDevMountInfo::Reader()(it, disk.mount_);
 }
 
 int Loopback::Writer::operator()(MBQ::MBQMessageIterator& it, const Loopback& disk) const {
-  if (disk.uuid_.isValid() && MBQ::MBQWriterID(GuidWriter(), kUuidTag)(it, disk.uuid_) != 0) return -1;
+  if (disk.uuid_.isValid() && MBQ::MBQWriterID(GuidWriter(), Tag::kName)(it, disk.uuid_) != 0) return -1;
   return MBQ::MBQDevMountInfo::Writer()(it, disk.mount_);
 }
 
@@ -151,16 +147,16 @@ Visitor::~Visitor() = default;
 int HqFS::accept(Visitor& visitor) { return visitor.visit(*this); }
 
 int HqFS::Reader::operator()(const MBQ::MBQMessageIterator& it, HqFS& list) const {
-  return MBQ::MBQReaderID(HardDisk::HqFS::Reader(), kEntryTag)(it, list.disk_);
+  return MBQ::MBQReaderID(HardDisk::HqFS::Reader(), Tag::kDiskEntry)(it, list.disk_);
 }
 
 int HqFS::Writer::operator()(MBQ::MBQMessageIterator& it, const HqFS& list) const {
-  return MBQ::MBQWriterID(HardDisk::HqFS::Writer(), kEntryTag)(it, list.disk_);
+  return MBQ::MBQWriterID(HardDisk::HqFS::Writer(), Tag::kDiskEntry)(it, list.disk_);
 }
 
 template <class T>
 int Images<T>::Reader::operator()(const MBQ::MBQMessageIterator& it, Images& list) const {
-  return MBQ::MBQReaderList(typename T::Reader(), kEntryTag)(it, list.disks_);
+  return MBQ::MBQReaderList(typename T::Reader(), Tag::kDiskEntry)(it, list.disks_);
 }
 
 template <class T>
@@ -169,7 +165,7 @@ int Images<T>::Writer::operator()(MBQ::MBQMessageIterator& it, const Images& lis
     MBQ::setErrorMessage("an empty %s disk list has no message form", getStrTypeID());
     return -1;
   }
-  return MBQ::MBQWriterList(typename T::Writer(), kEntryTag)(it, list.disks_);
+  return MBQ::MBQWriterList(typename T::Writer(), Tag::kDiskEntry)(it, list.disks_);
 }
 
 template class Images<Dromo>;

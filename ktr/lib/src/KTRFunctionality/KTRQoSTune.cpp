@@ -13,8 +13,11 @@
 #include "MBQCore/MBQError.h"
 #include "MBQCore/MBQString.h"
 #include "MBQFunctionalityCore/MBQVocMap.h"
+#include "MBQMessage/MBQTags.h"
 
 namespace KTR {
+
+namespace Tag = MBQ::Tag;
 
 namespace {
 
@@ -23,11 +26,6 @@ constexpr const char* kSourcePath = "ktr/lib/src/KTRFunctionality/KTRQoSTune";
 constexpr const char* kTechnology = "quellix";
 constexpr const char* kResourceCategory = "qos";
 constexpr const char* kFormulasCategory = MBQ::MBQVocMap::kFormulasCategory;
-constexpr int kNameTag = MBQ::MBQVocMap::kNameTag;
-constexpr int kFormulaIdTag = MBQ::MBQVocMap::kFormulaIdTag;
-constexpr int kFormulaInfoTag = MBQ::MBQVocMap::kFormulaInfoTag;
-constexpr int kComplexityTag = MBQ::MBQVocMap::kComplexityTag;
-constexpr int kFormulaTag = MBQ::MBQVocMap::kFormulaTag;
 // Parameters of this complexity have no readable value, so the multiple name leaves them out.
 constexpr int kUncoveredComplexity = 2;
 
@@ -265,7 +263,7 @@ int KTRQVTune::init() {
   }
   for (; parameter->isValid(); parameter->next()) {
     std::string name;
-    if ((*parameter)->getValue(kNameTag, name) != 0) continue;
+    if ((*parameter)->getValue(Tag::kName, name) != 0) continue;
     if (int rc = getNewIndex(name, nullptr)) return rc;
   }
   for (const auto& [name, operation] : MultipleTuneMap) {
@@ -285,8 +283,8 @@ int KTRQVTune::init() {
   for (; formula->isValid(); formula->next()) {
     std::string id, text, info;
     const MBQ::MBQMessageIterator& element = formula->parameter();
-    if (element.getValue(kFormulaIdTag, id) != 0 || element.getValue(kFormulaTag, text) != 0 ||
-        element.getValue(kFormulaInfoTag, info) != 0)
+    if (element.getValue(Tag::kType, id) != 0 || element.getValue(Tag::kFormula, text) != 0 ||
+        element.getValue(Tag::kFormulaInfo, info) != 0)
       continue;
     KTRQVFormula& entry = parsed.emplace_back();
     entry.id = static_cast<std::int32_t>(MBQ::strToLonglong(id, 0LL));
@@ -332,9 +330,9 @@ int KTRQVTune::addQOStoIndex(std::vector<std::int32_t>& members) {
   MBQ::MBQVocIterator parameter = resources->iterator();
   for (int rc = parameter.first(); rc == 0; rc = parameter.next()) {
     std::string name;
-    if (parameter->getValue(kNameTag, name) != 0) continue;
+    if (parameter->getValue(Tag::kName, name) != 0) continue;
     int complexity = 1;
-    parameter->getValue(kComplexityTag, complexity);
+    parameter->getValue(Tag::kComplexity, complexity);
     if (complexity == kUncoveredComplexity) continue;
     auto entry = index_.find(name);
     MBQ::Debug::check(entry != index_.end(), kModuleName, kSourcePath, __LINE__, "KTRQVTune::addQOStoIndex");

@@ -1,35 +1,31 @@
 #include "KTRFunctionality/KTRSupport.h"
+#include "MBQMessage/MBQTags.h"
 
 namespace KTR {
 
-namespace {
+namespace Tag = MBQ::Tag;
 
-constexpr int kText1Tag = 1026;
-constexpr int kText2Tag = 1315;
-constexpr int kText3Tag = 1099;
-constexpr int kText4Tag = 1347;
-constexpr int kText5Tag = 1813;
-constexpr int kText6Tag = 1632;
+namespace {
 
 }  // namespace
 
 int KTRProblemReportData::Reader::operator()(const MBQ::MBQMessageIterator& it, KTRProblemReportData& r) const {
-  if (it.getValue(kText1Tag, r.text1_) != 0) return -1;
-  if (it.getValue(kText2Tag, r.text2_) != 0) return -1;
-  if (it.getValue(kText3Tag, r.text3_) != 0) return -1;
-  if (it.getValue(kText4Tag, r.text4_) != 0) return -1;
-  if (it.getValue(kText5Tag, r.text5_) != 0) return -1;
-  it.getObj(r.text6_, kText6Tag);
+  if (it.getValue(Tag::kKey, r.text1_) != 0) return -1;
+  if (it.getValue(Tag::kReportText2, r.text2_) != 0) return -1;
+  if (it.getValue(Tag::kReportText3, r.text3_) != 0) return -1;
+  if (it.getValue(Tag::kReportText4, r.text4_) != 0) return -1;
+  if (it.getValue(Tag::kReportText5, r.text5_) != 0) return -1;
+  it.getObj(r.text6_, Tag::kReportText6);
   return 0;
 }
 
 int KTRProblemReportData::Writer::operator()(MBQ::MBQMessageIterator& it, const KTRProblemReportData& r) const {
-  if (it.setValue(kText1Tag, r.text1_) != 0) return -1;
-  if (it.setValue(kText2Tag, r.text2_) != 0) return -1;
-  if (it.setValue(kText3Tag, r.text3_) != 0) return -1;
-  if (it.setValue(kText4Tag, r.text4_) != 0) return -1;
-  if (it.setValue(kText5Tag, r.text5_) != 0) return -1;
-  return MBQ::MBQWriterID(MBQ::MBQDefaultWriter<MBQ::MBQOptionalProperty<std::string>>(), kText6Tag)(it, r.text6_);
+  if (it.setValue(Tag::kKey, r.text1_) != 0) return -1;
+  if (it.setValue(Tag::kReportText2, r.text2_) != 0) return -1;
+  if (it.setValue(Tag::kReportText3, r.text3_) != 0) return -1;
+  if (it.setValue(Tag::kReportText4, r.text4_) != 0) return -1;
+  if (it.setValue(Tag::kReportText5, r.text5_) != 0) return -1;
+  return MBQ::MBQWriterID(MBQ::MBQDefaultWriter<MBQ::MBQOptionalProperty<std::string>>(), Tag::kReportText6)(it, r.text6_);
 }
 
 }  // namespace KTR

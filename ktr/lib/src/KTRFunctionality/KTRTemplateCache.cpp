@@ -5,15 +5,15 @@
 #include "MBQCore/MBQLock.h"
 #include "MBQCore/MBQLogger.h"
 #include "MBQMessage/MBQMessage.h"
+#include "MBQMessage/MBQTags.h"
 
 namespace KTR {
+
+namespace Tag = MBQ::Tag;
 
 namespace {
 
 const char* const kModule = "KTRFunctionality";
-constexpr int kNameTag = 1010;
-constexpr int kPackageTag = 1295;
-constexpr int kEidSetTag = 1899;
 
 MBQ::MBQLock instanceLock;
 KTRTemplateCachePrototypeSP instance;
@@ -35,26 +35,26 @@ std::string KTRTemplateObject::getStringID() const {
 
 int KTRTemplateObject::Reader::operator()(const MBQ::MBQMessageIterator& it, KTRTemplateObject& object) const {
   MBQ::MBQEIDList eids;
-  if (it.descend(kEidSetTag) == 0) {
+  if (it.descend(Tag::kEidSet) == 0) {
     const int result = MBQ::MBQEIDList::Reader()(it, eids);
     it.up();
     if (result != 0) return -1;
   }
-  if (!it.hasChild(kPackageTag)) return -1;
+  if (!it.hasChild(Tag::kPackage)) return -1;
   KTRPackageHQTemplate tmpl(object);
-  if (it.getObject(tmpl, KTRPackageHQTemplate::Reader(), kPackageTag) != 0) return -1;
+  if (it.getObject(tmpl, KTRPackageHQTemplate::Reader(), Tag::kPackage) != 0) return -1;
   static_cast<KTRPackageHQTemplate&>(object) = tmpl;
   object.eids_ = eids;
   return 0;
 }
 
 int KTRTemplateObject::Writer::operator()(MBQ::MBQMessageIterator& it, const KTRTemplateObject& object) const {
-  if (it.setValue(kNameTag, object.getStringID()) != 0) return -1;
-  if (it.addChildAndDescend(kEidSetTag) != 0) return -1;
+  if (it.setValue(Tag::kName, object.getStringID()) != 0) return -1;
+  if (it.addChildAndDescend(Tag::kEidSet) != 0) return -1;
   const int result = MBQ::MBQEIDList::Writer()(it, object.eids_);
   it.up();
   if (result != 0) return -1;
-  return it.putObject(static_cast<const KTRPackageHQTemplate&>(object), KTRPackageHQTemplate::Writer(), kPackageTag);
+  return it.putObject(static_cast<const KTRPackageHQTemplate&>(object), KTRPackageHQTemplate::Writer(), Tag::kPackage);
 }
 
 int KTRTemplateObject::toBytes(std::string& bytes) const {

@@ -4,37 +4,15 @@
 #include <utility>
 
 #include "MBQMessage/MBQDerivedParsers.h"
+#include "MBQMessage/MBQTags.h"
 
 namespace KTR {
+
+namespace Tag = MBQ::Tag;
 
 namespace {
 
 using MBQ::MBQMessageIterator;
-
-constexpr int kParam1Tag = 1012;
-constexpr int kParam2Tag = 1025;
-constexpr int kParam3Tag = 1032;
-constexpr int kParam4Tag = 1795;
-constexpr int kParam5Tag = 1101;
-constexpr int kOptionTag = 1007;
-constexpr int kSourceTag = 1018;
-constexpr int kNameTag = 1010;
-constexpr int kKeyTag = 1026;
-constexpr int kInstallTypeTag = 1839;
-constexpr int kInstallSourceTag = 1803;
-constexpr int kProductParamTag = 1338;
-constexpr int kPeriodTag = 1992;
-constexpr int kServiceFlagTag = 1705;
-constexpr int kServiceSettingsTag = 1100;
-constexpr int kConnOptionTag = 1843;
-constexpr int kDetailTag = 1496;
-constexpr int kSizeTag = 1024;
-constexpr int kUpdateFlagTag = 1274;
-constexpr int kReleaseTag = 1223;
-constexpr int kUpdateParamTag = 1023;
-constexpr int kUpdateText1Tag = 1264;
-constexpr int kUpdateText2Tag = 1276;
-constexpr int kRepoFlagTag = 1189;
 
 constexpr const char* kStandard = "standard";
 constexpr const char* kAutoreboot = "autoreboot";
@@ -130,73 +108,73 @@ const KTROptionTable<KTRSystemUpdate::UpdateType>& systemUpdateTypeOptions() { r
 KTRUpdateConnectionSettings::~KTRUpdateConnectionSettings() = default;
 
 int KTRUpdateConnectionSettings::Reader::operator()(const MBQMessageIterator& it, KTRUpdateConnectionSettings& r) const {
-  readOptional(it, kParam1Tag, r.param1_);
-  readOptional(it, kParam2Tag, r.param2_);
-  readOptional(it, kParam3Tag, r.param3_);
+  readOptional(it, Tag::kConnParam1, r.param1_);
+  readOptional(it, Tag::kConnParam2, r.param2_);
+  readOptional(it, Tag::kConnParam3, r.param3_);
   return 0;
 }
 
 int KTRUpdateConnectionSettings::Writer::operator()(MBQMessageIterator& it, const KTRUpdateConnectionSettings& r) const {
-  if (writeOptional(it, kParam1Tag, r.param1_) != 0) return -1;
-  if (writeOptional(it, kParam2Tag, r.param2_) != 0) return -1;
-  return writeOptional(it, kParam3Tag, r.param3_);
+  if (writeOptional(it, Tag::kConnParam1, r.param1_) != 0) return -1;
+  if (writeOptional(it, Tag::kConnParam2, r.param2_) != 0) return -1;
+  return writeOptional(it, Tag::kConnParam3, r.param3_);
 }
 
 int KTRUpdateConnection::Reader::operator()(const MBQMessageIterator& it, KTRUpdateConnection& r) const {
   if (KTRUpdateConnectionSettings::Reader()(it, r) != 0) return -1;
-  readOptional(it, kParam4Tag, r.param4_);
-  readOptional(it, kParam5Tag, r.param5_);
+  readOptional(it, Tag::kConnParam4, r.param4_);
+  readOptional(it, Tag::kConnParam5, r.param5_);
   return 0;
 }
 
 int KTRUpdateConnection::Writer::operator()(MBQMessageIterator& it, const KTRUpdateConnection& r) const {
   if (KTRUpdateConnectionSettings::Writer()(it, r) != 0) return -1;
-  if (writeOptional(it, kParam4Tag, r.param4_) != 0) return -1;
-  return writeOptional(it, kParam5Tag, r.param5_);
+  if (writeOptional(it, Tag::kConnParam4, r.param4_) != 0) return -1;
+  return writeOptional(it, Tag::kConnParam5, r.param5_);
 }
 
 int KTRUpdateProxySettings::Reader::operator()(const MBQMessageIterator& it, KTRUpdateProxySettings& r) const {
-  if (it.hasChild(kOptionTag) && readOptionAt(it, kOptionTag, r.proxyType_, proxyTypes) != 0) return -1;
+  if (it.hasChild(Tag::kType) && readOptionAt(it, Tag::kType, r.proxyType_, proxyTypes) != 0) return -1;
   return KTRUpdateConnectionSettings::Reader()(it, r);
 }
 
 int KTRUpdateProxySettings::Writer::operator()(MBQMessageIterator& it, const KTRUpdateProxySettings& r) const {
-  if (writeOptionAt(it, kOptionTag, r.proxyType_, proxyTypes) != 0) return -1;
+  if (writeOptionAt(it, Tag::kType, r.proxyType_, proxyTypes) != 0) return -1;
   return KTRUpdateConnectionSettings::Writer()(it, r);
 }
 
 // ---------------------------------------------------------------- products
 
 int KTRUpdateInstallSource::Reader::operator()(const MBQMessageIterator& it, KTRUpdateInstallSource& r) const {
-  if (it.getValue(kSourceTag, r.source_) != 0) return -1;
+  if (it.getValue(Tag::kValue, r.source_) != 0) return -1;
   readOptional(it, kStandard, r.standard_);
   return 0;
 }
 
 int KTRUpdateInstallSource::Writer::operator()(MBQMessageIterator& it, const KTRUpdateInstallSource& r) const {
-  if (it.setValue(kSourceTag, r.source_) != 0) return -1;
+  if (it.setValue(Tag::kValue, r.source_) != 0) return -1;
   return writeOptional(it, kStandard, r.standard_);
 }
 
 int KTRUpdateProduct::Reader::operator()(const MBQMessageIterator& it, KTRUpdateProduct& r) const {
-  if (it.getValue(kNameTag, r.name_) != 0) return -1;
-  if (it.getValue(kKeyTag, r.key_) != 0) return -1;
-  if (readOptionAt(it, kInstallTypeTag, r.installType_, installTypes) != 0) return -1;
-  readOptional(it, kInstallSourceTag, r.installSource_);
-  readOptional(it, kProductParamTag, r.param_);
+  if (it.getValue(Tag::kName, r.name_) != 0) return -1;
+  if (it.getValue(Tag::kKey, r.key_) != 0) return -1;
+  if (readOptionAt(it, Tag::kInstallType, r.installType_, installTypes) != 0) return -1;
+  readOptional(it, Tag::kInstallSource, r.installSource_);
+  readOptional(it, Tag::kProductParam, r.param_);
   return 0;
 }
 
 int KTRUpdateProduct::Writer::operator()(MBQMessageIterator& it, const KTRUpdateProduct& r) const {
-  if (it.setValue(kNameTag, r.name_) != 0) return -1;
-  if (it.setValue(kKeyTag, r.key_) != 0) return -1;
-  if (it.addChildAndDescend(kInstallTypeTag) != 0) return -1;
+  if (it.setValue(Tag::kName, r.name_) != 0) return -1;
+  if (it.setValue(Tag::kKey, r.key_) != 0) return -1;
+  if (it.addChildAndDescend(Tag::kInstallType) != 0) return -1;
   // A type outside the table leaves the holder empty: the rest of the product still matters
   // more to the service than a type it could not read anyway.
   writeOptions(r.installType_, it, installTypes);
   it.up();
-  if (writeOptional(it, kInstallSourceTag, r.installSource_) != 0) return -1;
-  return writeOptional(it, kProductParamTag, r.param_);
+  if (writeOptional(it, Tag::kInstallSource, r.installSource_) != 0) return -1;
+  return writeOptional(it, Tag::kProductParam, r.param_);
 }
 
 // ---------------------------------------------------------------- service settings
@@ -206,16 +184,16 @@ int KTRUpdateServiceSettings::Reader::operator()(const MBQMessageIterator& it, K
   CheckDays days = NoDay;
   if (it.hasChild(kCheckPeriod) && readOptionAt(it, kCheckPeriod, days, checkDays) != 0) return -1;
   r.checkDays_ = days;
-  if (it.getValue(kPeriodTag, r.period_) != 0) return -1;
-  r.flag_ = it.hasChild(kServiceFlagTag);
+  if (it.getValue(Tag::kPeriod, r.period_) != 0) return -1;
+  r.flag_ = it.hasChild(Tag::kServiceFlag);
   return 0;
 }
 
 int KTRUpdateServiceSettings::Writer::operator()(MBQMessageIterator& it, const KTRUpdateServiceSettings& r) const {
   if (writeMarker(it, kAutoreboot, r.autoreboot_) != 0) return -1;
   if (r.checkDays_ != NoDay && writeOptionAt(it, kCheckPeriod, r.checkDays_, checkDays) != 0) return -1;
-  if (it.setValue(kPeriodTag, r.period_) != 0) return -1;
-  return writeMarker(it, kServiceFlagTag, r.flag_);
+  if (it.setValue(Tag::kPeriod, r.period_) != 0) return -1;
+  return writeMarker(it, Tag::kServiceFlag, r.flag_);
 }
 
 // ---------------------------------------------------------------- yum
@@ -225,17 +203,17 @@ namespace Yum {
 
 int Repository::Reader::operator()(const MBQMessageIterator& it, Repository& r) const {
   // Older services send bare repositories: only the name identifies one.
-  it.getValue(kKeyTag, r.key_);
+  it.getValue(Tag::kKey, r.key_);
   it.getValue(kBaseUrl, r.baseUrl_);
-  r.flag_ = it.hasChild(kRepoFlagTag);
-  return it.getValue(kNameTag, r.name_);
+  r.flag_ = it.hasChild(Tag::kRepoFlag);
+  return it.getValue(Tag::kName, r.name_);
 }
 
 int Repository::Writer::operator()(MBQMessageIterator& it, const Repository& r) const {
-  if (it.setValue(kKeyTag, r.key_) != 0) return -1;
+  if (it.setValue(Tag::kKey, r.key_) != 0) return -1;
   if (it.setValue(kBaseUrl, r.baseUrl_) != 0) return -1;
-  if (writeMarker(it, kRepoFlagTag, r.flag_) != 0) return -1;
-  return it.setValue(kNameTag, r.name_);
+  if (writeMarker(it, Tag::kRepoFlag, r.flag_) != 0) return -1;
+  return it.setValue(Tag::kName, r.name_);
 }
 
 int Config::Reader::operator()(const MBQMessageIterator& it, Config& r) const {
@@ -262,7 +240,7 @@ struct AccessWriter : boost::static_visitor<int> {
     return MBQ::MBQWriterID(KTRUpdateConnection::Writer(), kConnection)(*it, c);
   }
   int operator()(const KTRUpdateServiceSettings& s) const {
-    return MBQ::MBQWriterID(KTRUpdateServiceSettings::Writer(), kServiceSettingsTag)(*it, s);
+    return MBQ::MBQWriterID(KTRUpdateServiceSettings::Writer(), Tag::kServiceSettings)(*it, s);
   }
   int operator()(const Update::Yum::Config& y) const {
     return MBQ::MBQWriterID(Update::Yum::Config::Writer(), kYum)(*it, y);
@@ -283,11 +261,11 @@ int KTRUpdateConfig::Reader::operator()(const MBQMessageIterator& it, KTRUpdateC
 
   // The schedule and yum name the access outright; a connection element alone is only a
   // candidate, because it also carries the option below whatever the access is.
-  const bool hasSettings = it.hasChild(kServiceSettingsTag);
+  const bool hasSettings = it.hasChild(Tag::kServiceSettings);
   const bool hasYum = !hasSettings && it.hasChild(kYum);
   if (hasSettings) {
     KTRUpdateServiceSettings settings;
-    if (MBQ::MBQReaderID(KTRUpdateServiceSettings::Reader(), kServiceSettingsTag)(it, settings) == 0)
+    if (MBQ::MBQReaderID(KTRUpdateServiceSettings::Reader(), Tag::kServiceSettings)(it, settings) == 0)
       r.access_ = settings;
   } else if (hasYum) {
     Update::Yum::Config yum;
@@ -299,7 +277,7 @@ int KTRUpdateConfig::Reader::operator()(const MBQMessageIterator& it, KTRUpdateC
     KTRUpdateConnection connection;
     if (KTRUpdateConnection::Reader()(it, connection) == 0) r.access_ = connection;
   }
-  readOptional(it, kConnOptionTag, r.option_);
+  readOptional(it, Tag::kConnOption, r.option_);
   it.up();
   return 0;
 }
@@ -322,7 +300,7 @@ int KTRUpdateConfig::Writer::operator()(MBQMessageIterator& it, const KTRUpdateC
       return -1;
     }
   }
-  const int rc = writeOptional(it, kConnOptionTag, r.option_);
+  const int rc = writeOptional(it, Tag::kConnOption, r.option_);
   it.up();
   return rc;
 }
@@ -345,26 +323,26 @@ int KTRUpdateList::Writer::operator()(MBQMessageIterator& it, const KTRUpdateLis
 KTRUpdate::~KTRUpdate() = default;
 
 int KTRUpdate::Reader::operator()(const MBQMessageIterator& it, KTRUpdate& r) const {
-  readOptional(it, kNameTag, r.name_);
-  readOptional(it, kKeyTag, r.key_);
-  readOptional(it, kDetailTag, r.detail_);
-  readOptional(it, kSizeTag, r.size_);
-  r.flag_ = it.hasChild(kUpdateFlagTag);
-  readOptional(it, kReleaseTag, r.release_);
+  readOptional(it, Tag::kName, r.name_);
+  readOptional(it, Tag::kKey, r.key_);
+  readOptional(it, Tag::kDetail, r.detail_);
+  readOptional(it, Tag::kSize, r.size_);
+  r.flag_ = it.hasChild(Tag::kUpdateFlag);
+  readOptional(it, Tag::kRelease, r.release_);
   readOptional(it, kInstalledVersion, r.installedVersion_);
-  readOptional(it, kUpdateParamTag, r.param_);
+  readOptional(it, Tag::kUpdateParam, r.param_);
   return 0;
 }
 
 int KTRUpdate::Writer::operator()(MBQMessageIterator& it, const KTRUpdate& r) const {
-  if (writeOptional(it, kNameTag, r.name_) != 0) return -1;
-  if (writeOptional(it, kKeyTag, r.key_) != 0) return -1;
-  if (writeOptional(it, kDetailTag, r.detail_) != 0) return -1;
-  if (writeOptional(it, kSizeTag, r.size_) != 0) return -1;
-  if (writeMarker(it, kUpdateFlagTag, r.flag_) != 0) return -1;
-  if (writeOptional(it, kReleaseTag, r.release_) != 0) return -1;
+  if (writeOptional(it, Tag::kName, r.name_) != 0) return -1;
+  if (writeOptional(it, Tag::kKey, r.key_) != 0) return -1;
+  if (writeOptional(it, Tag::kDetail, r.detail_) != 0) return -1;
+  if (writeOptional(it, Tag::kSize, r.size_) != 0) return -1;
+  if (writeMarker(it, Tag::kUpdateFlag, r.flag_) != 0) return -1;
+  if (writeOptional(it, Tag::kRelease, r.release_) != 0) return -1;
   if (writeOptional(it, kInstalledVersion, r.installedVersion_) != 0) return -1;
-  return writeOptional(it, kUpdateParamTag, r.param_);
+  return writeOptional(it, Tag::kUpdateParam, r.param_);
 }
 
 // Derived writers write their base part into the same element without a typed write, so the
@@ -373,17 +351,17 @@ int KTRUpdate::Writer::operator()(MBQMessageIterator& it, const KTRUpdate& r) co
 int KTRSystemUpdate::Reader::operator()(const MBQMessageIterator& it, KTRSystemUpdate& r) const {
   if (KTRUpdate::Reader()(it, r) != 0) return -1;
   r.updateType_ = NoType;
-  if (it.hasChild(kOptionTag) && readOptionAt(it, kOptionTag, r.updateType_, systemUpdateTypes) != 0) return -1;
-  readOptional(it, kUpdateText1Tag, r.text1_);
-  readOptional(it, kUpdateText2Tag, r.text2_);
+  if (it.hasChild(Tag::kType) && readOptionAt(it, Tag::kType, r.updateType_, systemUpdateTypes) != 0) return -1;
+  readOptional(it, Tag::kUpdateText1, r.text1_);
+  readOptional(it, Tag::kUpdateText2, r.text2_);
   return 0;
 }
 
 int KTRSystemUpdate::Writer::operator()(MBQMessageIterator& it, const KTRSystemUpdate& r) const {
   if (KTRUpdate::Writer()(it, r) != 0) return -1;
-  if (r.updateType_ != NoType && writeOptionAt(it, kOptionTag, r.updateType_, systemUpdateTypes) != 0) return -1;
-  if (writeOptional(it, kUpdateText1Tag, r.text1_) != 0) return -1;
-  return writeOptional(it, kUpdateText2Tag, r.text2_);
+  if (r.updateType_ != NoType && writeOptionAt(it, Tag::kType, r.updateType_, systemUpdateTypes) != 0) return -1;
+  if (writeOptional(it, Tag::kUpdateText1, r.text1_) != 0) return -1;
+  return writeOptional(it, Tag::kUpdateText2, r.text2_);
 }
 
 int KTRWindowsSystemUpdate::Reader::operator()(const MBQMessageIterator& it, KTRWindowsSystemUpdate& r) const {
@@ -399,13 +377,13 @@ int KTRWindowsSystemUpdate::Writer::operator()(MBQMessageIterator& it, const KTR
 
 int KTRSRNUpdate::Reader::operator()(const MBQMessageIterator& it, KTRSRNUpdate& r) const {
   if (KTRUpdate::Reader()(it, r) != 0) return -1;
-  readOptional(it, kUpdateText1Tag, r.text1_);
+  readOptional(it, Tag::kUpdateText1, r.text1_);
   return 0;
 }
 
 int KTRSRNUpdate::Writer::operator()(MBQMessageIterator& it, const KTRSRNUpdate& r) const {
   if (KTRUpdate::Writer()(it, r) != 0) return -1;
-  return writeOptional(it, kUpdateText1Tag, r.text1_);
+  return writeOptional(it, Tag::kUpdateText1, r.text1_);
 }
 
 int KTRAppTemplateUpdate::Reader::operator()(const MBQMessageIterator& it, KTRAppTemplateUpdate& r) const {

@@ -6,12 +6,13 @@
 #include "MBQCore/MBQIPv6.h"
 #include "MBQMessage/MBQDerivedParsers.h"
 #include "MBQMessage/MBQMessageIterator.h"
+#include "MBQMessage/MBQTags.h"
 
 namespace KTR {
 
-namespace {
+namespace Tag = MBQ::Tag;
 
-constexpr int kServerAddressTag = 1281;
+namespace {
 const char kWinsServerName[] = "wins_server";
 const char kHostRoutedName[] = "host_routed";
 
@@ -136,7 +137,7 @@ int KTRNetVEth::Reader::operator()(const MBQ::MBQMessageIterator& it, KTRNetVEth
   MBQ::MBQReaderData(winsServers, kWinsServerName, MBQ::MBQReaderOptional)(it, winsServers);
   veth.winsServers_ = winsServers;
   std::vector<std::string> nameservers;
-  MBQ::MBQReaderData(nameservers, kServerAddressTag, MBQ::MBQReaderOptional)(it, nameservers);
+  MBQ::MBQReaderData(nameservers, Tag::kServerAddress, MBQ::MBQReaderOptional)(it, nameservers);
   veth.nameservers_ = nameservers;
   veth.hostRouted_ = it.hasChild(kHostRoutedName);
   return 0;
@@ -147,7 +148,7 @@ int KTRNetVEth::Writer::operator()(MBQ::MBQMessageIterator& it, const KTRNetVEth
   // replace "net_vethType" with the core's "net_nicType" and lose the class on reading.
   MBQ::MBQNetNIC::Writer()(it, veth);
   MBQ::MBQWriterData(veth.winsServers_, kWinsServerName)(it, veth.winsServers_);
-  MBQ::MBQWriterData(veth.nameservers_, kServerAddressTag)(it, veth.nameservers_);
+  MBQ::MBQWriterData(veth.nameservers_, Tag::kServerAddress)(it, veth.nameservers_);
   if (veth.hostRouted_) it.addChild(kHostRoutedName);
   return 0;
 }

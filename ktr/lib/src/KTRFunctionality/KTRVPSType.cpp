@@ -2,8 +2,11 @@
 
 #include <cctype>
 #include <climits>
+#include "MBQMessage/MBQTags.h"
 
 namespace KTR {
+
+namespace Tag = MBQ::Tag;
 
 namespace {
 
@@ -53,7 +56,7 @@ int KTRVPSType::fromString(const std::string& text) {
 }
 
 int KTRVPSType::Reader::operator()(const MBQ::MBQMessageIterator& it, KTRVPSType& type) const {
-  if (it.getValue(1007, type.type_) != 0) return -1;
+  if (it.getValue(Tag::kType, type.type_) != 0) return -1;
   // A missing "ctid" is deliberately not an error: it leaves the empty text, id 0.
   std::string ctid;
   it.getValue("ctid", ctid);
@@ -63,17 +66,17 @@ int KTRVPSType::Reader::operator()(const MBQ::MBQMessageIterator& it, KTRVPSType
 
 int KTRVPSType::Writer::operator()(MBQ::MBQMessageIterator& it, const KTRVPSType& type) const {
   if (it.setValue("ctid", std::string(type.ctid_.toString())) != 0) return -1;
-  return it.setValue(1007, type.type_);
+  return it.setValue(Tag::kType, type.type_);
 }
 
 int KTREnvCapability::Reader::operator()(const MBQ::MBQMessageIterator& it, KTREnvCapability& capability) const {
-  if (it.getValue(1010, capability.name_) != 0) return -1;
-  return it.getValue(1018, capability.value_);
+  if (it.getValue(Tag::kName, capability.name_) != 0) return -1;
+  return it.getValue(Tag::kValue, capability.value_);
 }
 
 int KTREnvCapability::Writer::operator()(MBQ::MBQMessageIterator& it, const KTREnvCapability& capability) const {
-  if (it.setValue(1010, capability.name_) != 0) return -1;
-  return it.setValue(1018, static_cast<int>(capability.value_));
+  if (it.setValue(Tag::kName, capability.name_) != 0) return -1;
+  return it.setValue(Tag::kValue, static_cast<int>(capability.value_));
 }
 
 }  // namespace KTR

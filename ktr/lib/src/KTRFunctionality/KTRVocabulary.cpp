@@ -9,8 +9,11 @@
 #include "MBQCore/MBQLogger.h"
 #include "MBQCore/MBQString.h"
 #include "MBQFunctionalityCore/MBQEnvConfig.h"
+#include "MBQMessage/MBQTags.h"
 
 namespace KTR {
+
+namespace Tag = MBQ::Tag;
 
 // Generated at build time from ktr/lib/share/vocabulary.xml (cmake/KTREmbedFile.cmake).
 extern const unsigned char kDefaultVocabulary[];
@@ -23,11 +26,6 @@ constexpr const char* kTechnology = "quellix";
 constexpr const char* kResourceCategory = "qos";
 constexpr const char* kMultipleName = "QOS";
 constexpr const char* kValueTypeElement = MBQ::MBQVocMap::kValueTypeElement;
-constexpr int kNameTag = MBQ::MBQVocMap::kNameTag;
-constexpr int kFormulaIdTag = MBQ::MBQVocMap::kFormulaIdTag;
-constexpr int kFormulaInfoTag = MBQ::MBQVocMap::kFormulaInfoTag;
-constexpr int kComplexityTag = MBQ::MBQVocMap::kComplexityTag;
-constexpr int kFormulaTag = MBQ::MBQVocMap::kFormulaTag;
 
 // The declarations the configuration files can hold a value of; any other one makes the
 // resource unreadable, which would only show as every value of it being rejected.
@@ -44,7 +42,7 @@ int fail(const std::string& where, const std::string& what) {
 
 std::string parameterWhere(const MBQ::MBQVocCategory& category, const MBQ::MBQMessageIterator& parameter) {
   std::string name;
-  parameter.getValue(kNameTag, name);
+  parameter.getValue(Tag::kName, name);
   return "technology '" + category.getTechnology() + "', category '" + category.getName() + "', parameter '" +
          name + "'";
 }
@@ -63,7 +61,7 @@ int checkResources(const MBQ::MBQVocCategory& resources) {
                 "no parameters");
   for (; it.isValid(); it.next()) {
     std::string name;
-    it->getValue(kNameTag, name);
+    it->getValue(Tag::kName, name);
     if (name == kMultipleName)
       return fail(parameterWhere(resources, *it),
                   std::string("the name is reserved: formulas use it for every resource"));
@@ -71,7 +69,7 @@ int checkResources(const MBQ::MBQVocCategory& resources) {
     Declaration declared{1, 2};
     if (readOptionalInteger(*it, std::string(kValueTypeElement), declared.valueType) != 0)
       return fail(parameterWhere(resources, *it), "value_type is not an integer");
-    if (readOptionalInteger(*it, kComplexityTag, declared.complexity) != 0)
+    if (readOptionalInteger(*it, Tag::kComplexity, declared.complexity) != 0)
       return fail(parameterWhere(resources, *it), "complexity is not an integer");
     bool readable = false;
     for (const Declaration& format : kReadableDeclarations)
@@ -90,11 +88,11 @@ int checkFormulas(const MBQ::MBQVocCategory& formulas) {
     std::string id;
     std::string text;
     long long number = 0;
-    if (it->getValue(kFormulaIdTag, id) != 0) return fail(parameterWhere(formulas, *it), "no formula id");
+    if (it->getValue(Tag::kType, id) != 0) return fail(parameterWhere(formulas, *it), "no formula id");
     if (MBQ::strToLonglong(id, number) != 0)
       return fail(parameterWhere(formulas, *it), "formula id '" + id + "' is not an integer");
-    if (it->getValue(kFormulaTag, text) != 0) return fail(parameterWhere(formulas, *it), "no formula");
-    if (it->getValue(kFormulaInfoTag, text) != 0) return fail(parameterWhere(formulas, *it), "no formula message");
+    if (it->getValue(Tag::kFormula, text) != 0) return fail(parameterWhere(formulas, *it), "no formula");
+    if (it->getValue(Tag::kFormulaInfo, text) != 0) return fail(parameterWhere(formulas, *it), "no formula message");
   }
   return 0;
 }
@@ -112,7 +110,7 @@ int parseFormulas(const MBQ::MBQVocMap& vocabulary, const MBQ::MBQVocCategory& f
     MBQ::MBQVocIterator it = formulas.iterator();
     for (int rc = it.first(); rc == 0; rc = it.next()) {
       std::string text;
-      it->getValue(kFormulaTag, text);
+      it->getValue(Tag::kFormula, text);
       KTRQVPolishNotation parsed;
       if (tune.formFormula(text, parsed) != 0)
         return fail(parameterWhere(formulas, *it), "formula '" + text + "' does not parse");

@@ -1,8 +1,11 @@
 #include "KTRFunctionality/KTRVtSettings.h"
 
 #include "MBQMessage/MBQCoreValueCodec.h"
+#include "MBQMessage/MBQTags.h"
 
 namespace KTR {
+
+namespace Tag = MBQ::Tag;
 
 namespace {
 
@@ -37,27 +40,27 @@ constexpr const char* kNoOfflineService = "no_offline_service";
 // ---------------------------------------------------------------- KTRRedirectService
 
 int KTRRedirectService::Reader::operator()(const MBQMessageIterator& it, KTRRedirectService& service) const {
-  if (it.getValue(1010, service.name_) != 0) return -1;
-  if (it.getValue(1704, service.port_) != 0) return -1;
-  if (MBQ::MBQReaderID(MBQ::MBQDefaultReader<MBQ::MBQEID>(), 1652)(it, service.target_) != 0) return -1;
-  service.flag_ = it.hasChild(1305);
+  if (it.getValue(Tag::kName, service.name_) != 0) return -1;
+  if (it.getValue(Tag::kPort, service.port_) != 0) return -1;
+  if (MBQ::MBQReaderID(MBQ::MBQDefaultReader<MBQ::MBQEID>(), Tag::kEid)(it, service.target_) != 0) return -1;
+  service.flag_ = it.hasChild(Tag::kRedirectFlag);
   return 0;
 }
 
 int KTRRedirectService::Writer::operator()(MBQMessageIterator& it, const KTRRedirectService& service) const {
-  if (it.setValue(1010, service.name_) != 0) return -1;
-  if (it.setValue(1704, service.port_) != 0) return -1;
-  if (MBQ::MBQWriterID(MBQ::MBQDefaultWriter<MBQ::MBQEID>(), 1652)(it, service.target_) != 0) return -1;
-  if (service.flag_ && it.addChild(1305) != 0) return -1;
+  if (it.setValue(Tag::kName, service.name_) != 0) return -1;
+  if (it.setValue(Tag::kPort, service.port_) != 0) return -1;
+  if (MBQ::MBQWriterID(MBQ::MBQDefaultWriter<MBQ::MBQEID>(), Tag::kEid)(it, service.target_) != 0) return -1;
+  if (service.flag_ && it.addChild(Tag::kRedirectFlag) != 0) return -1;
   return 0;
 }
 
 // ---------------------------------------------------------------- KTRConnectionLinkInfo
 
 int KTRConnectionLinkInfo::Reader::operator()(const MBQMessageIterator& it, KTRConnectionLinkInfo& link) const {
-  if (it.getValue(1262, link.host_) != 0) return -1;
+  if (it.getValue(Tag::kHost, link.host_) != 0) return -1;
   // Deliberately not checked: older peers send only the host.
-  it.getValue(1704, link.port_);
+  it.getValue(Tag::kPort, link.port_);
   it.getValue("client_ip", link.clientIp_);
   it.getValue("client_port", link.clientPort_);
   return 0;
@@ -66,8 +69,8 @@ int KTRConnectionLinkInfo::Reader::operator()(const MBQMessageIterator& it, KTRC
 int KTRConnectionLinkInfo::Writer::operator()(MBQMessageIterator& it, const KTRConnectionLinkInfo& link) const {
   if (it.setValue("client_ip", link.clientIp_) != 0) return -1;
   if (it.setValue("client_port", link.clientPort_) != 0) return -1;
-  if (it.setValue(1262, link.host_) != 0) return -1;
-  return it.setValue(1704, link.port_);
+  if (it.setValue(Tag::kHost, link.host_) != 0) return -1;
+  return it.setValue(Tag::kPort, link.port_);
 }
 
 // ---------------------------------------------------------------- KTRVtInfo
@@ -76,19 +79,19 @@ KTRVtInfo::~KTRVtInfo() = default;
 
 int KTRVtInfo::Reader::operator()(const MBQMessageIterator& it, KTRVtInfo& info) const {
   // The own elements are informational; only the base part decides whether the record reads.
-  it.getValue(1223, info.release_);
-  it.getValue(1278, info.vtText_);
+  it.getValue(Tag::kRelease, info.release_);
+  it.getValue(Tag::kVtText, info.vtText_);
   MBQ::MBQReaderID(MBQ::MBQDefaultReader<MBQ::MBQEID>(), "sve_eid")(it, info.sveEid_);
   info.items_.clear();
-  MBQ::MBQReaderData(info.items_, 1323, MBQ::MBQReaderOptional)(it, info.items_);
+  MBQ::MBQReaderData(info.items_, Tag::kVtItem, MBQ::MBQReaderOptional)(it, info.items_);
   return MBQ::MBQVtInfo::Reader()(it, info);
 }
 
 int KTRVtInfo::Writer::operator()(MBQMessageIterator& it, const KTRVtInfo& info) const {
-  if (it.setValue(1223, info.release_) != 0) return -1;
-  if (it.setValue(1278, info.vtText_) != 0) return -1;
+  if (it.setValue(Tag::kRelease, info.release_) != 0) return -1;
+  if (it.setValue(Tag::kVtText, info.vtText_) != 0) return -1;
   if (MBQ::MBQWriterID(MBQ::MBQDefaultWriter<MBQ::MBQEID>(), "sve_eid")(it, info.sveEid_) != 0) return -1;
-  if (MBQ::MBQWriterData(info.items_, 1323)(it, info.items_) != 0) return -1;
+  if (MBQ::MBQWriterData(info.items_, Tag::kVtItem)(it, info.items_) != 0) return -1;
   return writeBasePart(it, static_cast<const MBQ::MBQVtInfo&>(info), MBQ::MBQVtInfo::Writer());
 }
 
@@ -101,21 +104,21 @@ int KTRVtSettings::Reader::operator()(const MBQMessageIterator& it, KTRVtSetting
   readOptionalText(it, "template_dir", settings.templateDir_);
 
   settings.settings_.clear();
-  const auto keyReader = MBQ::MBQReaderID(MBQ::MBQReaderValue<std::string>(), 1010, MBQ::MBQReaderOptional);
-  const auto valueReader = MBQ::MBQReaderID(MBQ::MBQReaderValue<std::string>(), 1018, MBQ::MBQReaderOptional);
+  const auto keyReader = MBQ::MBQReaderID(MBQ::MBQReaderValue<std::string>(), Tag::kName, MBQ::MBQReaderOptional);
+  const auto valueReader = MBQ::MBQReaderID(MBQ::MBQReaderValue<std::string>(), Tag::kValue, MBQ::MBQReaderOptional);
   // A node without settings sends no map at all; that is not an error.
-  MBQ::MBQReaderMap(1017, MBQ::MBQReaderRequired, keyReader, valueReader)(it, settings.settings_);
+  MBQ::MBQReaderMap(Tag::kItem, MBQ::MBQReaderRequired, keyReader, valueReader)(it, settings.settings_);
 
   auto& services = settings.offlineServices_;
   services.get().clear();
   if (it.hasChild(kNoOfflineService)) {
     services.specify(true);
   } else {
-    services.specify(MBQ::MBQReaderList(KTRRedirectService::Reader(), 1747)(it, services.get()) == 0);
+    services.specify(MBQ::MBQReaderList(KTRRedirectService::Reader(), Tag::kOfflineService)(it, services.get()) == 0);
   }
 
   settings.qoses_.clear();
-  MBQ::MBQReaderID(MBQ::MBQReaderSet(MBQ::MBQQoS::Reader(), 1476), "qoses")(it, settings.qoses_);
+  MBQ::MBQReaderID(MBQ::MBQReaderSet(MBQ::MBQQoS::Reader(), Tag::kQosValue), "qoses")(it, settings.qoses_);
 
   return MBQ::MBQVtSettings::Reader()(it, settings);
 }
@@ -124,20 +127,20 @@ int KTRVtSettings::Writer::operator()(MBQMessageIterator& it, const KTRVtSetting
   if (writeOptionalText(it, "lock_dir", settings.lockDir_) != 0) return -1;
   if (writeOptionalText(it, "template_dir", settings.templateDir_) != 0) return -1;
 
-  const auto keyWriter = MBQ::MBQWriterID(MBQ::MBQWriterValue<std::string>(), 1010);
-  const auto valueWriter = MBQ::MBQWriterID(MBQ::MBQWriterValue<std::string>(), 1018);
-  if (MBQ::MBQWriterMap(1017, keyWriter, valueWriter)(it, settings.settings_) != 0) return -1;
+  const auto keyWriter = MBQ::MBQWriterID(MBQ::MBQWriterValue<std::string>(), Tag::kName);
+  const auto valueWriter = MBQ::MBQWriterID(MBQ::MBQWriterValue<std::string>(), Tag::kValue);
+  if (MBQ::MBQWriterMap(Tag::kItem, keyWriter, valueWriter)(it, settings.settings_) != 0) return -1;
 
   // An empty list must read back as "specified, none", which an absent list cannot say.
   const auto& services = settings.offlineServices_;
   if (services.isSpecified()) {
     const int rc = services.get().empty() ? it.addChild(kNoOfflineService)
-                                          : MBQ::MBQWriterList(KTRRedirectService::Writer(), 1747)(it, services.get());
+                                          : MBQ::MBQWriterList(KTRRedirectService::Writer(), Tag::kOfflineService)(it, services.get());
     if (rc != 0) return -1;
   }
 
   if (it.addChildAndDescend("qoses") != 0) return -1;
-  const int rc = MBQ::MBQWriterList(MBQ::MBQQoS::Writer(), 1476)(it, settings.qoses_);
+  const int rc = MBQ::MBQWriterList(MBQ::MBQQoS::Writer(), Tag::kQosValue)(it, settings.qoses_);
   it.up();
   if (rc != 0) return -1;
 
