@@ -1,4 +1,5 @@
 #include "ktrctlMsg.h"
+#include "ktrctlOutput.h"
 
 #include <cstdio>
 #include <fstream>
@@ -68,8 +69,11 @@ int read(const Args& args) {
   int readStatus = 0;
   const int rc = derived ? type->roundTripDerived(*root, out, readStatus) : type->roundTrip(*root, out, readStatus);
   if (rc != 0) {
-    if (readStatus != 0)
-      return fail(path + ": reading " + type->name + " failed with status " + std::to_string(readStatus));
+    if (readStatus != 0) {
+      const std::string& why = MBQ::getErrorMessage();
+      return fail(path + ": reading " + type->name + " failed: " +
+                  (why.empty() ? "status " + std::to_string(readStatus) : oneLine(why)));
+    }
     return fail(path + ": writing " + type->name + " back failed");
   }
   std::fputs(out.toString(true).c_str(), stdout);

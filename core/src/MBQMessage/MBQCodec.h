@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "MBQCore/MBQAbort.h"
+#include "MBQCore/MBQError.h"
 #include "MBQMessage/MBQOptionalProperty.h"
 #include "MBQMessage/MBQValueText.h"
 
@@ -33,6 +34,27 @@ constexpr const char* kIteratorPath = "core/src/MBQMessage/MBQMessageIterator";
 
 inline bool keyIsEmpty(int id) { return id == 0; }
 inline bool keyIsEmpty(const std::string& name) { return name.empty(); }
+
+// Why a read failed, said once here for every record: the error text names the element path
+// from the record down ("release: version_text: missing") and what was wrong at its end. Each
+// by-id step clears the text before its inner read and prefixes its element's name when that
+// read fails, so a reader that fails without a word still leaves "NAME: invalid".
+MBQ_EXPORT void noteMissingElement(int id);
+MBQ_EXPORT void noteMissingElement(const std::string& name);
+MBQ_EXPORT void noteFailedElement(int id);
+MBQ_EXPORT void noteFailedElement(const std::string& name);
+MBQ_EXPORT void noteBadValue(const std::string& text, const char* kind);
+
+template <class T>
+const char* valueKind() {
+  if constexpr (std::is_same<T, bool>::value) return "boolean (0, 1, false or true)";
+  else if constexpr (std::is_floating_point<T>::value) return "number";
+  else if constexpr (std::is_integral<T>::value && std::is_signed<T>::value)
+    return sizeof(T) == 8 ? "64-bit integer" : sizeof(T) == 4 ? "32-bit integer" : "small integer";
+  else if constexpr (std::is_integral<T>::value)
+    return sizeof(T) == 8 ? "unsigned 64-bit integer" : sizeof(T) == 4 ? "unsigned 32-bit integer" : "small unsigned integer";
+  else return "value";
+}
 
 // Writers skip an unspecified optional property; readers that find no element mark it so.
 template <class T>
@@ -302,7 +324,9 @@ template <class T>
 int MBQReaderValue<T>::operator()(const MBQMessageIterator& it, T& value) const {
   std::string text;
   if (it.getText(text) != 0) return -1;
-  return MBQValueText<T>::parse(text, value);
+  if (MBQValueText<T>::parse(text, value) == 0) return 0;
+  codec_detail::noteBadValue(text, codec_detail::valueKind<T>());
+  return -1;
 }
 
 template <class T>
@@ -349,10 +373,13 @@ int MBQReaderIDT<ID, Reader>::operator()(const MBQMessageIterator& it, T& value)
       codec_detail::onMissing(value);
       return 0;
     }
+    codec_detail::noteMissingElement(id);
     return -1;
   }
+  clearErrorMessage();
   int rc = reader(it, value);
   it.up();
+  if (rc != 0) codec_detail::noteFailedElement(id);
   return rc;
 }
 
@@ -371,13 +398,19 @@ int MBQWriterIDT<ID, Writer, itemNSType>::operator()(MBQMessageIterator& it, con
 template <class ID, class ItemReader>
 template <class C>
 int MBQReaderListT<ID, ItemReader>::operator()(const MBQMessageIterator& it, C& container) const {
-  if (it.descend(id) != 0) return (flags & MBQReaderOptional) ? 0 : -1;
+  if (it.descend(id) != 0) {
+    if (flags & MBQReaderOptional) return 0;
+    codec_detail::noteMissingElement(id);
+    return -1;
+  }
   int rc = 0;
   do {
+    clearErrorMessage();
     rc = itemReader(it, container);
     if (rc != 0) break;
   } while (it.next(id) == 0);
   it.up();
+  if (rc != 0) codec_detail::noteFailedElement(id);
   return rc;
 }
 

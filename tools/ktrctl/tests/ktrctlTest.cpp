@@ -619,7 +619,7 @@ TEST_F(ktrctlTest, MsgReadFailuresGiveOneErrorLine) {
   const std::string untyped = file("r.xml", "<r><type><patch/></type></r>");
   Outcome failing = ktrctl({"msg", "read", "--as", "KTRSystemUpdate", untyped});
   expectOneErrorLine(failing);
-  EXPECT_NE(std::string::npos, failing.err.find("status -1")) << failing.err;
+  EXPECT_NE(std::string::npos, failing.err.find("reading KTRSystemUpdate failed: type: unknown option patch")) << failing.err;
   expectOneErrorLine(ktrctl({"msg", "read", untyped}));  // no declared type
   expectOneErrorLine(ktrctl({"msg", "read", file("t.xml", typedRoot("future_updateType", ""))}));
   expectOneErrorLine(ktrctl({"msg", "read", "--as", "NoSuchRecord", untyped}));

@@ -16,6 +16,7 @@
 #include "KTRFunctionality/KTRVEth.h"
 #include "KTRFunctionality/KTRVPSType.h"
 #include "KTRFunctionality/KTRVtSettings.h"
+#include "MBQCore/MBQError.h"
 #include "MBQFunctionalityCore/MBQPackage.h"
 #include "MBQMessage/MBQDerivedParsers.h"
 #include "MBQMessage/MBQNamespaces.h"
@@ -31,6 +32,7 @@ using MBQ::MBQMessageIterator;
 template <class T, class Reader, class Writer>
 int roundTripAs(const MBQMessageIterator& element, MBQMessage& out, int& readStatus) {
   T record;
+  MBQ::clearErrorMessage();
   readStatus = Reader()(element, record);
   if (readStatus != 0) return -1;
   out = MBQMessage(element.getName());
@@ -40,6 +42,7 @@ int roundTripAs(const MBQMessageIterator& element, MBQMessage& out, int& readSta
 template <class Base>
 int roundTripDerived(const MBQMessageIterator& element, MBQMessage& out, int& readStatus) {
   std::shared_ptr<Base> record;
+  MBQ::clearErrorMessage();
   readStatus = MBQ::MBQReaderDerivedValid<Base>(false)(element, record);
   if (readStatus != 0) return -1;
   out = MBQMessage(element.getName());

@@ -25,7 +25,9 @@ struct KTR_EXPORT KTRRecordType {
   // Reads `element` into a fresh record of this class with the class's reader and, when that
   // succeeds, writes the record into `out`, which becomes a new message whose root is named
   // like `element`. Returns 0; -1 with `readStatus` holding the reader's non-zero result when
-  // reading fails; -1 with `readStatus` 0 when writing fails.
+  // reading fails (the thread's error text then names the element path and what was wrong,
+  // "release: primary_flag: \"x\" is not a boolean ..."); -1 with `readStatus` 0 when writing
+  // fails.
   int (*roundTrip)(const MBQ::MBQMessageIterator& element, MBQ::MBQMessage& out, int& readStatus) = nullptr;
 
   // The same, but the class is chosen by the schema type the element declares, through the

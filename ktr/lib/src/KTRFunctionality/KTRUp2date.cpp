@@ -42,12 +42,14 @@ int writeMarker(MBQMessageIterator& it, const Key& key, bool on) {
 }
 
 // An option stored under a holding element; the holder is descended into and left again.
+template <class E>
+struct OptionReader {
+  const KTROptionTable<E>* table;
+  int operator()(const MBQMessageIterator& it, E& value) const { return readOptions(value, it, *table); }
+};
 template <class E, class Key>
 int readOptionAt(const MBQMessageIterator& it, const Key& key, E& value, const KTROptionTable<E>& table) {
-  if (it.descend(key) != 0) return -1;
-  const int rc = readOptions(value, it, table);
-  it.up();
-  return rc;
+  return MBQ::MBQReaderID(OptionReader<E>{&table}, key)(it, value);
 }
 template <class E, class Key>
 int writeOptionAt(MBQMessageIterator& it, const Key& key, const E& value, const KTROptionTable<E>& table) {

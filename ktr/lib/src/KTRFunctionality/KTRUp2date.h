@@ -8,6 +8,7 @@
 #include <boost/variant.hpp>
 
 #include "KTRFunctionality/KTRExport.h"
+#include "MBQCore/MBQError.h"
 #include "MBQMessage/MBQMessageIterator.h"
 #include "MBQMessage/MBQNamespaces.h"
 #include "MBQMessage/MBQOptionalProperty.h"
@@ -514,7 +515,10 @@ class KTR_EXPORT KTREzTemplateUpdate : public KTRTemplateUpdate {
 
 template <class E>
 int readOptions(E& value, const MBQ::MBQMessageIterator& it, const KTROptionTable<E>& table) {
-  if (it.descendFirst() != 0) return -1;
+  if (it.descendFirst() != 0) {
+    MBQ::setErrorMessage("no option given");
+    return -1;
+  }
   const std::string name = it.getName();
   it.up();
   for (const auto& entry : table) {
@@ -523,6 +527,7 @@ int readOptions(E& value, const MBQ::MBQMessageIterator& it, const KTROptionTabl
       return 0;
     }
   }
+  MBQ::setErrorMessage("unknown option %s", name.c_str());
   return -1;
 }
 

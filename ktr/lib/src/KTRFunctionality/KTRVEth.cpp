@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "MBQCore/MBQIPv6.h"
+#include "MBQCore/MBQError.h"
 #include "MBQMessage/MBQDerivedParsers.h"
 #include "MBQMessage/MBQMessageIterator.h"
 #include "MBQMessage/MBQTags.h"
@@ -131,7 +132,11 @@ void KTRNetVEth::fromString(const std::string& text) {
 }
 
 int KTRNetVEth::Reader::operator()(const MBQ::MBQMessageIterator& it, KTRNetVEth& veth) const {
-  if (MBQ::MBQNetNIC::Reader()(it, veth) != 0 || veth.getName().empty()) return -1;
+  if (MBQ::MBQNetNIC::Reader()(it, veth) != 0) return -1;
+  if (veth.getName().empty()) {
+    MBQ::setErrorMessage("ifname: missing");  // a card is known by its interface name
+    return -1;
+  }
   // The lists' own statuses are not looked at: their items are plain texts.
   std::vector<std::string> winsServers;
   MBQ::MBQReaderData(winsServers, kWinsServerName, MBQ::MBQReaderOptional)(it, winsServers);
