@@ -75,32 +75,6 @@ TEST_F(MBQEnvTest, AlertTypesKeepFiveReasonsAndIgnoreOthers) {
   for (const Case& c : cases) EXPECT_EQ(c.expected, env.getAlertType(c.reason)) << "reason " << c.reason;
 }
 
-TEST_F(MBQEnvTest, RoundTripKeepsEveryPart) {
-  MBQEnv env(MBQEID("env-1"), virtualConfig("ct.example"));
-  env.setParentEID(MBQEID("node-7"));
-  env.setStatus(MBQEnvStatus(6, 1700000000LL));
-  env.setAlertType(1, 3);
-  env.setAlertType(4, 9);
-  auto plain = std::make_shared<MBQEnvConfig>();
-  plain->setName(std::string("web"));
-  env.setConfig(plain);
-
-  MBQEnv back;
-  back.setAlertType(2, 5);  // replaced by what the message says
-  ASSERT_EQ(0, read(write(env), back));
-  EXPECT_EQ("env-1", back.getEID().toString());
-  EXPECT_EQ("node-7", back.getParentEID().toString());
-  EXPECT_EQ(MBQEnvStatus(6, 1700000000LL), back.getStatus());
-  for (int reason = 0; reason < MBQEnv::kAlertReasons; ++reason)
-    EXPECT_EQ(env.getAlertType(reason), back.getAlertType(reason)) << "reason " << reason;
-  ASSERT_NE(nullptr, back.getConfig());
-  MBQOptionalProperty<std::string> name;
-  back.getConfig()->getName(name);
-  EXPECT_EQ("web", name.get());
-  ASSERT_NE(nullptr, back.getVirtualConfig());
-  EXPECT_EQ("ct.example", hostnameOf(*back.getVirtualConfig()));
-}
-
 TEST_F(MBQEnvTest, VirtualConfigReadsAsTheClassItWasWrittenAs) {
   auto tech = std::make_shared<TechConfig>();
   tech->setHostname(std::string("tech.example"));

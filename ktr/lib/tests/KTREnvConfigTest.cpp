@@ -112,15 +112,6 @@ TEST(KTREnvConfigTest, ElementsFollowTheFixedOrderWhateverTheSetterOrder) {
   EXPECT_EQ(expected, childNames(config)) << textOf(config);
 }
 
-TEST(KTREnvConfigTest, PositionTableCoversTheThirtyTwoNames) {
-  const std::pair<const char*, int> cases[] = {{"veid", 0},         {"ctid", 1},        {"disabled", 6},
-                                               {"class_id", 14},    {"net_device", 18}, {"role", 28},
-                                               {"disk_list", 31},   {"name", -1},       {"", -1},
-                                               {"DISK_LIST", -1},   {"disk_list ", -1}};
-  KTREnvConfig config;
-  for (const auto& [name, position] : cases) EXPECT_EQ(position, config.getPositionOfTheTag(name)) << name;
-}
-
 TEST(KTREnvConfigTest, VeidSubstitutionReplacesBothSpellings) {
   const std::pair<const char*, const char*> cases[] = {
       {"/data/root/$VEID", "/data/root/101"},

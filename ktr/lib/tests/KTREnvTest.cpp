@@ -372,47 +372,6 @@ TEST(KTREnvTest, MatchVeidAndParent) {
 
 // ---------------------------------------------------------------- messages and registration
 
-TEST(KTREnvTest, RecordRoundTripsAsItsOwnClass) {
-  auto config = configWithCtid("101");
-  config->setName(std::string("web01"));
-  KTREnv env(MBQ::MBQEID("env-101"), config);
-  env.setParentEID(MBQ::MBQEID("node"));
-  env.setAlertType(2, 7);
-
-  MBQ::MBQMessage message;
-  ASSERT_EQ(0, message.iterator()->putObject(env, KTREnv::Writer(), "env"));
-  const std::string text = message.toString();
-
-  MBQ::MBQMessage reread;
-  ASSERT_EQ(0, reread.parse(text));
-  auto it = reread.iterator();
-  ASSERT_EQ(0, it->descend("env"));
-  std::string type;
-  ASSERT_EQ(0, it->getSchemaType(type));
-  EXPECT_EQ(std::string(MBQ::kTypesNamespace) + ":envType", type);
-
-  std::shared_ptr<MBQ::MBQEnv> back;
-  ASSERT_EQ(0, MBQ::MBQReaderDerivedValid<MBQ::MBQEnv>(false)(*it, back)) << text;
-  ASSERT_NE(nullptr, dynamic_cast<KTREnv*>(back.get()));
-  auto backConfig = std::dynamic_pointer_cast<KTREnvConfig>(back->getVirtualConfig());
-  ASSERT_NE(nullptr, backConfig);
-  CtidWrapper ctid;
-  ASSERT_EQ(0, backConfig->getVeid(ctid));
-  EXPECT_STREQ("101", ctid.toString());
-  EXPECT_EQ("web01", back->getTitle());
-  EXPECT_EQ(101u, back->getSortKey());
-  EXPECT_EQ("node", back->getParentEID().toString());
-  EXPECT_EQ(7, back->getAlertType(2));
-
-  // The derived writer picks the same writer through the record's class.
-  MBQ::MBQMessage derived;
-  auto out = derived.iterator();
-  ASSERT_EQ(0, out->addChildAndDescend("env"));
-  ASSERT_EQ(0, MBQ::MBQWriterDerived<MBQ::MBQEnv>()(*out, env));
-  ASSERT_EQ(0, out->getSchemaType(type));
-  EXPECT_EQ(std::string(MBQ::kTypesNamespace) + ":envType", type);
-}
-
 TEST(KTREnvTest, UnknownRecordTypeDoesNotRead) {
   MBQ::MBQMessage message;
   ASSERT_EQ(0, message.parse("<m xmlns:xsi='http://www.w3.org/2001/XMLSchema-instance' xmlns:k='" +

@@ -216,95 +216,6 @@ TEST_F(KTRHardDiskTest, DromoFromStringFillsInPlace) {
 
 // ---------------------------------------------------------------- records in messages
 
-TEST_F(KTRHardDiskTest, RecordsRoundTripThroughMessages) {
-  const HqFS fsDisk = hqfs("/var/lib/quellix/private/101");
-  HqFS fsBack;
-  EXPECT_EQ(0, readBack(*throughXml(fsDisk, HqFS::Writer()), fsBack, HqFS::Reader()));
-  EXPECT_EQ(fsDisk, fsBack);
-
-  for (const Dromo& disk : {dromo("/a.img", 1048576, kGuid, true), dromo("/b.img", 3, kGuid, false),
-                            dromo("/c.img", -1, MBQ::MBQGUID(), false)}) {
-    Dromo back(0, !disk.expanded());
-    EXPECT_EQ(0, readBack(*throughXml(disk, Dromo::Writer()), back, Dromo::Reader()));
-    EXPECT_EQ(disk, back) << disk.toString();
-  }
-
-  const Loopback loop = loopback(kGuid);
-  Loopback loopBack;
-  EXPECT_EQ(0, readBack(*throughXml(loop, Loopback::Writer()), loopBack, Loopback::Reader()));
-  EXPECT_EQ(loop, loopBack);
-  EXPECT_EQ("ext4", loopBack.mount().getFsType());
-  EXPECT_EQ(2, loopBack.mount().getPass());
-}
-
-TEST_F(KTRHardDiskTest, RecordsCarryTheirSchemaTypes) {
-  const std::string prefix = std::string(MBQ::kTypesNamespace) + ":";
-  struct Case {
-    std::unique_ptr<MBQ::MBQMessageIterator> it;
-    const char* type;
-  };
-  Case cases[] = {
-      {throughXml(hqfs(""), HqFS::Writer()), "ct_hqfs"},
-      {throughXml(dromo("/a", 1), Dromo::Writer()), "ct_dromo_disk"},
-      {throughXml(Loopback(), Loopback::Writer()), "ct_loopback_disk"},
-  };
-  for (Case& c : cases) {
-    ASSERT_EQ(0, c.it->descend("disk"));
-    std::string type;
-    EXPECT_EQ(0, c.it->getSchemaType(type));
-    EXPECT_EQ(prefix + c.type, type);
-  }
-}
-
-TEST_F(KTRHardDiskTest, WritersSkipFieldsThatAreNotSet) {
-  auto fsDisk = throughXml(hqfs(""), HqFS::Writer());
-  ASSERT_EQ(0, fsDisk->descend("disk"));
-  EXPECT_FALSE(fsDisk->hasChild(1156)) << "no path";
-  EXPECT_TRUE(fsDisk->hasChild(1811));
-  EXPECT_TRUE(fsDisk->hasChild(1301));
-
-  // An image disk without an image is written with its uuid only.
-  auto noImage = throughXml(dromo("", 10, kGuid, true), Dromo::Writer());
-  ASSERT_EQ(0, noImage->descend("disk"));
-  EXPECT_TRUE(noImage->hasChild(1010));
-  EXPECT_FALSE(noImage->hasChild(1156));
-  EXPECT_FALSE(noImage->hasChild(1024));
-  EXPECT_FALSE(noImage->hasChild("expanded"));
-
-  auto noUuid = throughXml(dromo("/a.img", 10, MBQ::MBQGUID(), false), Dromo::Writer());
-  ASSERT_EQ(0, noUuid->descend("disk"));
-  EXPECT_FALSE(noUuid->hasChild(1010));
-  EXPECT_TRUE(noUuid->hasChild(1024));
-  EXPECT_FALSE(noUuid->hasChild("expanded"));
-
-  auto loop = throughXml(Loopback(), Loopback::Writer());
-  ASSERT_EQ(0, loop->descend("disk"));
-  EXPECT_FALSE(loop->hasChild(1010));
-  EXPECT_TRUE(loop->hasChild("device"));
-}
-
-TEST_F(KTRHardDiskTest, ReadersOfPartialElements) {
-  MBQ::MBQMessage message;
-  auto it = message.iterator();
-  ASSERT_EQ(0, it->setValue(1156, std::string("/only.img")));
-
-  // A Dromo read from a message has `expanded` only when the element says so; built in code or
-  // read from text it starts out true.
-  Dromo disk = dromo("/kept", 42, kGuid, true);
-  EXPECT_EQ(0, Dromo::Reader()(*it, disk));
-  EXPECT_EQ(dromo("/only.img", 42, kGuid, false), disk);
-  EXPECT_TRUE(Dromo().expanded());
-
-  HqFS fsDisk = hqfs("/kept");
-  EXPECT_EQ(0, HqFS::Reader()(*it, fsDisk));
-  EXPECT_EQ("/only.img", fsDisk.path());
-  EXPECT_EQ(hqfs("").first(), fsDisk.first()) << "missing quotas keep their values";
-
-  Loopback loop = loopback(kGuid);
-  EXPECT_EQ(-1, Loopback::Reader()(*it, loop)) << "the mount description needs its device";
-  EXPECT_EQ(loopback(kGuid).mount(), loop.mount());
-}
-
 TEST_F(KTRHardDiskTest, DefaultsOfTheRecords) {
   const Dromo plain;
   EXPECT_TRUE(plain.expanded());
@@ -318,30 +229,6 @@ TEST_F(KTRHardDiskTest, DefaultsOfTheRecords) {
 }
 
 // ---------------------------------------------------------------- lists in messages
-
-TEST_F(KTRHardDiskTest, DerivedReadingChoosesTheListClass) {
-  const List::HqFS fsList(hqfs("/var/lib/quellix/private/7"));
-  const DromoList images({dromo("/a.img", 1, kGuid), dromo("/b.img", 2, MBQ::MBQGUID(), false)});
-  const LoopbackList loops({loopback(kGuid), Loopback()});
-  const MBQ::MBQWriterDerived<List::Base> writer;
-  const auto reader = MBQ::MBQReaderDerivedValid<List::Base>(false);
-
-  std::shared_ptr<List::Base> read;
-  ASSERT_EQ(0, readBack(*throughXml(static_cast<const List::Base&>(fsList), writer), read, reader));
-  auto* fsBack = dynamic_cast<List::HqFS*>(read.get());
-  ASSERT_NE(nullptr, fsBack);
-  EXPECT_EQ(fsList.disk(), fsBack->disk());
-
-  ASSERT_EQ(0, readBack(*throughXml(static_cast<const List::Base&>(images), writer), read, reader));
-  auto* imagesBack = dynamic_cast<DromoList*>(read.get());
-  ASSERT_NE(nullptr, imagesBack);
-  EXPECT_EQ(images.disks(), imagesBack->disks());
-
-  ASSERT_EQ(0, readBack(*throughXml(static_cast<const List::Base&>(loops), writer), read, reader));
-  auto* loopsBack = dynamic_cast<LoopbackList*>(read.get());
-  ASSERT_NE(nullptr, loopsBack);
-  EXPECT_EQ(loops.disks(), loopsBack->disks());
-}
 
 TEST_F(KTRHardDiskTest, ListOfUnknownTypeOrWithoutDisksDoesNotRead) {
   MBQ::MBQMessage message;

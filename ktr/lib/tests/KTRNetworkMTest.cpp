@@ -31,25 +31,6 @@ KTRNetConfiguration fullConfiguration() {
   return config;
 }
 
-TEST_F(KTRNetworkMTest, ConfigurationRoundTrips) {
-  const KTRNetConfiguration config = fullConfiguration();
-  const std::string text = write(config);
-  EXPECT_EQ((Texts{"shaping_flag", "ip_range", "ip_range", "shaping_class", "iface_shaping"}), childNames(at(text)));
-  KTRNetConfiguration back;
-  ASSERT_EQ(0, read(text, back));
-  EXPECT_TRUE(back.getFlag());
-  ASSERT_EQ(2u, back.getRanges().size());
-  EXPECT_EQ(config.getRanges()[0].getAddress(), back.getRanges()[1].getAddress());
-  EXPECT_EQ("p", back.getRanges()[0].getParam());
-  ASSERT_EQ(1u, back.getClasses().size());
-  EXPECT_EQ(8000000000LL, back.getClasses()[0].getRate1());
-  EXPECT_EQ(42, back.getClasses()[0].getRate2());
-  ASSERT_EQ(1u, back.getInterfaces().size());
-  EXPECT_EQ("eth0", back.getInterfaces()[0].getDevice());
-  EXPECT_EQ(100000, back.getInterfaces()[0].getRate());
-  EXPECT_EQ(text, write(back));
-}
-
 TEST_F(KTRNetworkMTest, EmptyListsReadButABrokenEntryFailsTheConfiguration) {
   struct Case {
     const char* body;
@@ -77,19 +58,6 @@ TEST_F(KTRNetworkMTest, EmptyListsReadButABrokenEntryFailsTheConfiguration) {
   KTRNetConfiguration config;
   ASSERT_EQ(0, read(doc("<shaping_flag>0</shaping_flag>"), config));
   EXPECT_TRUE(config.getFlag()) << "the flag is the element's presence";
-}
-
-TEST_F(KTRNetworkMTest, ShapingClassWithoutRatesKeepsThem) {
-  KTRNetworkShapingClass shapingClass;
-  shapingClass.setRate1(7);
-  shapingClass.setRate2(9);
-  ASSERT_EQ(0, read(doc("<name>c</name>"), shapingClass));
-  EXPECT_EQ("c", shapingClass.getName());
-  EXPECT_EQ(7, shapingClass.getRate1());
-  EXPECT_EQ(9, shapingClass.getRate2());
-  ASSERT_EQ(0, read(doc("<name>c</name><class_rate1>x</class_rate1><class_rate2>3</class_rate2>"), shapingClass));
-  EXPECT_EQ(7, shapingClass.getRate1());
-  EXPECT_EQ(3, shapingClass.getRate2());
 }
 
 }  // namespace

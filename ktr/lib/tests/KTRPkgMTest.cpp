@@ -52,13 +52,6 @@ class KTRPkgMTest : public testing::RecordTest {
   }
 };
 
-KTRPackage fullPackage() {
-  KTRPackage package("bash", "4.2.46");
-  package.setTextList({"shell", "", "base"});
-  package.setFlag(true);
-  return package;
-}
-
 KTRPackageVersion fullVersion(const std::string& text = "4.2.46-34") {
   KTRPackageVersion version;
   version.setVersionText(text);
@@ -68,71 +61,9 @@ KTRPackageVersion fullVersion(const std::string& text = "4.2.46-34") {
   return version;
 }
 
-KTRPackageInfo fullInfo() {
-  KTRPackageInfo info;
-  info.setName("bash");
-  info.setDetail("The GNU Bourne Again shell");
-  info.setType("rpm");
-  info.setVersions({fullVersion(), fullVersion("4.2.46-35")});
-  return info;
-}
-
 // ---------------------------------------------------------------- packages
 
-TEST_F(KTRPkgMTest, PackageRoundTripsWithItsTemplatePartLast) {
-  const KTRPackage package = fullPackage();
-  const std::string text = write(package);
-  EXPECT_EQ((Texts{"package_text", "package_text", "package_text", "package_flag", "release", "key"}),
-            childNames(at(text)));
-  KTRPackage back;
-  back.setTextList({"old"});
-  ASSERT_EQ(0, read(text, back));
-  EXPECT_EQ(package, back);
-}
-
-TEST_F(KTRPkgMTest, PackageNeedsOnlyItsName) {
-  struct Case {
-    int id;
-    int rc;
-  };
-  const Case cases[] = {{1026, -1}, {1223, 0}, {1118, 0}, {1511, 0}};
-  const std::string text = write(fullPackage());
-  for (const Case& c : cases) {
-    std::string changed = without(text, c.id);
-    if (c.id == 1511) changed = without(without(changed, 1511), 1511);  // every text
-    KTRPackage back("old", "old-release");
-    back.setTextList({"old"});
-    back.setFlag(false);
-    EXPECT_EQ(c.rc, read(changed, back)) << c.id;
-    if (c.rc != 0) continue;
-    EXPECT_EQ(c.id == 1511 ? Texts() : fullPackage().getTextList(), back.getTextList()) << c.id;
-    EXPECT_EQ(c.id != 1118, back.getFlag()) << c.id << ": a missing flag keeps its value";
-    EXPECT_EQ(c.id == 1223 ? "old-release" : "4.2.46", back.getRelease()) << c.id;
-  }
-}
-
 // ---------------------------------------------------------------- versions
-
-TEST_F(KTRPkgMTest, VersionRoundTripsWithItsTemplatesInAHolder) {
-  const KTRPackageVersion version = fullVersion();
-  const std::string text = write(version);
-  EXPECT_EQ((Texts{"version_text", "primary_flag", "secondary_flag", "template_list"}), childNames(at(text)));
-  MBQ::MBQMessageIterator& it = at(text);
-  ASSERT_EQ(0, it.descend(1509));
-  EXPECT_EQ((Texts{"package", "package"}), childNames(it));
-
-  for (bool lenient : {false, true}) {
-    KTRPackageVersion back;
-    ASSERT_EQ(0, read(text, back, KTRPackageVersion::Reader(lenient)));
-    EXPECT_EQ(version, back);
-  }
-
-  KTRPackageVersion noTemplates = version;
-  noTemplates.setTemplates({});
-  KTRPackageVersion back = version;
-  ASSERT_EQ(0, read(write(noTemplates), back));
-  EXPECT_EQ(noTemplates, back);
-}
 
 TEST_F(KTRPkgMTest, LenientReaderToleratesWhatTheStrictOneRequires) {
   struct Case {
@@ -167,15 +98,6 @@ TEST_F(KTRPkgMTest, LenientReaderToleratesWhatTheStrictOneRequires) {
   }
 }
 
-TEST_F(KTRPkgMTest, StrictVersionStopsAtTheFirstMissingRequiredField) {
-  KTRPackageVersion back;
-  back.setVersionText("old");
-  back.setSecondaryFlag(false);
-  ASSERT_EQ(-1, read(without(write(fullVersion()), 1498), back));
-  EXPECT_EQ("4.2.46-34", back.getVersionText()) << "what was read before the failure stays";
-  EXPECT_FALSE(back.getSecondaryFlag()) << "nothing after the failure is read";
-}
-
 TEST_F(KTRPkgMTest, BrokenTemplateEndsTheTemplateListOnly) {
   // The second template loses its name.
   const std::string changed = edited(write(fullVersion()), {{1509, 0}, {1295, 1}}, 1026, nullptr);
@@ -185,34 +107,6 @@ TEST_F(KTRPkgMTest, BrokenTemplateEndsTheTemplateListOnly) {
 }
 
 // ---------------------------------------------------------------- package info
-
-TEST_F(KTRPkgMTest, PackageInfoRoundTrips) {
-  const KTRPackageInfo info = fullInfo();
-  const std::string text = write(info);
-  EXPECT_EQ((Texts{"key", "detail", "type", "release", "release"}), childNames(at(text)));
-  KTRPackageInfo back;
-  back.setVersions({fullVersion("stale")});
-  ASSERT_EQ(0, read(text, back));
-  EXPECT_EQ(info, back);
-}
-
-TEST_F(KTRPkgMTest, PackageInfoRequiresEveryFieldAndAVersion) {
-  const std::string text = write(fullInfo());
-  for (int id : {1026, 1496, 1007}) {
-    KTRPackageInfo back;
-    EXPECT_EQ(-1, read(without(text, id), back)) << id;
-  }
-  KTRPackageInfo back;
-  EXPECT_EQ(-1, read(without(without(text, 1223), 1223), back)) << "no version at all";
-
-  // The versions are read strictly: a second version without its version text fails the
-  // record, keeping the first.
-  back = KTRPackageInfo();
-  EXPECT_EQ(-1, read(edited(text, {{1223, 1}}, 1497, nullptr), back));
-  EXPECT_EQ(std::vector<KTRPackageVersion>{fullVersion()}, back.getVersions());
-  // Its second flag is not required.
-  EXPECT_EQ(0, read(edited(text, {{1223, 1}}, 1499, nullptr), back));
-}
 
 }  // namespace
 }  // namespace KTR

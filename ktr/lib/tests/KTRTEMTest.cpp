@@ -186,34 +186,6 @@ TEST(KTRArchitectureSelectorTest, EmptyTechnologyListKeepsTheArchitecture) {
 
 // ---------------------------------------------------------------- HQ templates
 
-TEST_F(KTRTEMTest, TemplatesRoundTripThroughTheDerivedReaderAsTheirOwnClass) {
-  const KTRPackageHQTemplate tmpl = fullTemplate();
-  const KTRPackageHQTemplateStd stdTmpl = fullStdTemplate();
-  const std::string tmplText = writeDerived(tmpl);
-  const std::string stdText = writeDerived(stdTmpl);
-
-  EXPECT_EQ(std::string(MBQ::kTypesNamespace) + ":package_hqtemplateType", schemaType(at(tmplText)));
-  EXPECT_EQ(std::string(MBQ::kTypesNamespace) + ":package_std_hqtemplateType", schemaType(at(stdText)))
-      << "writing the base parts must not retype the element";
-  const Texts layout = {"key", "release", "os_name", "os_version", "os_template", "secondary_flag",
-                        "uptodate", "path", "technology", "technology", "technology"};
-  EXPECT_EQ(layout, childNames(at(tmplText)));
-  Texts stdLayout = layout;
-  stdLayout.push_back("primary_flag");
-  EXPECT_EQ(stdLayout, childNames(at(stdText)));
-
-  std::shared_ptr<MBQ::MBQPackage> base;
-  ASSERT_EQ(0, readDerived(tmplText, base));
-  ASSERT_EQ(typeid(KTRPackageHQTemplate), typeid(*base));
-  EXPECT_EQ(tmpl, static_cast<const KTRPackageHQTemplate&>(*base));
-  EXPECT_EQ("x86_64", static_cast<const KTRPackageHQTemplate&>(*base).getArchitecture())
-      << "the architecture is derived from the technologies on reading";
-
-  ASSERT_EQ(0, readDerived(stdText, base));
-  ASSERT_EQ(typeid(KTRPackageHQTemplateStd), typeid(*base));
-  EXPECT_EQ(stdTmpl, static_cast<const KTRPackageHQTemplateStd&>(*base));
-}
-
 TEST_F(KTRTEMTest, TemplateWrittenUnderAnIdIsTypedThere) {
   // How a template travels inside another record (a list, the template cache's entry).
   MBQ::MBQMessage message;
@@ -276,102 +248,7 @@ TEST_F(KTRTEMTest, PackageRegistryHoldsBothTemplatesAndNoDefault) {
       << "the base record has no writer of its own type";
 }
 
-// Which elements a template needs: fields whose element is missing or malformed.
-TEST_F(KTRTEMTest, TemplateNeedsOnlyItsPackageIdentity) {
-  struct Case {
-    const char* element;  // removed, or given the malformed text
-    const char* malformed;
-    int rc;
-  };
-  const Case cases[] = {
-      {"key", nullptr, -1},
-      {"release", nullptr, -1},
-      {"os_name", nullptr, 0},
-      {"os_version", nullptr, 0},
-      {"os_template", nullptr, 0},
-      {"os_template", "maybe", 0},
-      {"secondary_flag", nullptr, 0},
-      {"secondary_flag", "2", 0},
-      {"uptodate", nullptr, 0},
-      {"uptodate", "yes", 0},
-      {"path", nullptr, 0},
-      {"technology", nullptr, 0},
-      {"primary_flag", nullptr, 0},
-      {"primary_flag", "", 0},
-  };
-  const KTRPackageHQTemplateStd tmpl = fullStdTemplate();
-  const std::string text = write(tmpl);
-  for (const Case& c : cases) {
-    const std::string changed =
-        c.malformed == nullptr ? without(text, std::string(c.element)) : replaced(text, std::string(c.element), c.malformed);
-    // Everything inverted, so a field the reader did not touch is seen.
-    KTRPackageHQTemplateStd back;
-    back.setOsTemplate(false);
-    back.setSecondaryFlag(false);
-    back.setUpToDate(false);
-    back.setPrimaryFlag(false);
-    back.setValue("old");
-    back.setTechnologyList({"ia64"});
-    const KTRPackageHQTemplateStd before = back;
-    EXPECT_EQ(c.rc, read(changed, back)) << c.element;
-    if (c.rc != 0) {
-      EXPECT_EQ(before, back) << c.element << ": the base part fails before anything is read";
-      continue;
-    }
-    const std::string e = c.element;
-    EXPECT_EQ(e == "os_name" ? MBQ::MBQOptionalProperty<std::string>() : tmpl.getOsName(), back.getOsName()) << e;
-    EXPECT_EQ(e == "os_version" ? MBQ::MBQOptionalProperty<std::string>() : tmpl.getOsVersion(), back.getOsVersion()) << e;
-    EXPECT_EQ(e != "os_template", back.isOsTemplate()) << e;
-    EXPECT_EQ(e != "secondary_flag", back.getSecondaryFlag()) << e;
-    EXPECT_EQ(e != "uptodate", back.isUpToDate()) << e;
-    EXPECT_EQ(e != "primary_flag", back.getPrimaryFlag()) << e;
-    EXPECT_EQ(e == "path" ? std::string("old") : tmpl.getValue(), back.getValue()) << e;
-    EXPECT_EQ(e == "technology" ? Texts() : tmpl.getTechnologyList(), back.getTechnologyList()) << e;
-    EXPECT_EQ(e == "technology" ? "ia64" : "x86_64", back.getArchitecture())
-        << e << ": without technologies the architecture stays";
-  }
-}
-
 // ---------------------------------------------------------------- template configuration
-
-TEST_F(KTRTEMTest, ConfigInfoRoundTripsInReadingOrder) {
-  const KTRTemplateConfigInfo info = fullConfigInfo();
-  const std::string text = write(info);
-  EXPECT_EQ((Texts{"version_text", "primary_flag", "secondary_flag", "template_list", "key", "config_text2",
-                   "settings", "package", "package", "detail", "config_text4", "config_text5", "technology",
-                   "technology"}),
-            childNames(at(text)));
-  KTRTemplateConfigInfo back;
-  ASSERT_EQ(0, read(text, back));
-  EXPECT_EQ(info, back);
-
-  MBQ::MBQMessageIterator& it = at(text);
-  ASSERT_EQ(0, it.descend(1502));
-  EXPECT_EQ((Texts{"item", "item"}), childNames(it));
-  ASSERT_EQ(0, it.descend(1017));
-  EXPECT_EQ((Texts{"name", "value"}), childNames(it));
-}
-
-TEST_F(KTRTEMTest, ConfigInfoRequiresVersionNameAndPackages) {
-  struct Case {
-    int tag;
-    int rc;
-  };
-  const Case cases[] = {
-      {1497, -1}, {1498, -1}, {1026, -1}, {1501, -1}, {1295, -1},  // required
-      {1499, 0},  {1509, 0},  {1502, 0},  {1496, 0},  {2005, 0},  {1846, 0},
-  };
-  const KTRTemplateConfigInfo info = fullConfigInfo();
-  const std::string text = write(info);
-  for (const Case& c : cases) {
-    KTRTemplateConfigInfo back;
-    EXPECT_EQ(c.rc, read(without(text, c.tag), back)) << c.tag;
-  }
-  KTRTemplateConfigInfo back;
-  ASSERT_EQ(0, read(without(text, std::string("technology")), back));
-  EXPECT_EQ(Texts(), back.getTechnologies());
-  EXPECT_EQ(info.getPackages(), back.getPackages());
-}
 
 TEST_F(KTRTEMTest, ConfigInfoPackagesAreKeyedByTheirNames) {
   KTRTemplateConfigInfo info = fullConfigInfo();

@@ -19,21 +19,6 @@ class KTRUp2dateTest : public testing::RecordTest {};
 
 // ---------------------------------------------------------------- option tables
 
-TEST_F(KTRUp2dateTest, OptionTablesHoldExactlyTheirSpellings) {
-  const KTROptionTable<KTRUpdateProduct::InstallType> install = {
-      {KTRUpdateProduct::Disabled, "disabled"}, {KTRUpdateProduct::Automatic, "automatic"},
-      {KTRUpdateProduct::AutoDownload, "auto_download"}, {KTRUpdateProduct::Manual, "manual"}};
-  EXPECT_EQ(install, installTypeOptions()) << "the empty spelling of 0 must not replace \"disabled\"";
-  EXPECT_EQ(3u, proxyTypeOptions().size());
-  EXPECT_EQ(0u, proxyTypeOptions().count(static_cast<KTRUpdateProxySettings::ProxyType>(0)));
-  EXPECT_EQ("no_proxy", proxyTypeOptions().at(KTRUpdateProxySettings::NoProxy));
-  EXPECT_EQ("", checkDayOptions().at(KTRUpdateServiceSettings::NoDay));
-  EXPECT_EQ("sunday", checkDayOptions().at(KTRUpdateServiceSettings::Sunday));
-  EXPECT_EQ("saturday", checkDayOptions().at(KTRUpdateServiceSettings::Saturday));
-  EXPECT_EQ("servicepack", systemUpdateTypeOptions().at(KTRSystemUpdate::ServicePack));
-  EXPECT_EQ("", systemUpdateTypeOptions().at(KTRSystemUpdate::NoType));
-}
-
 TEST_F(KTRUp2dateTest, ReadOptionsTakesTheFirstChildsNameOrLeavesTheValue) {
   struct Case {
     const char* body;
@@ -120,23 +105,6 @@ TEST_F(KTRUp2dateTest, ServiceSettingsMarkersAndRequiredPeriod) {
 
 // ---------------------------------------------------------------- connection and proxy
 
-TEST_F(KTRUp2dateTest, ConnectionRoundTripsWithBaseFieldsFirst) {
-  KTRUpdateConnection connection;
-  connection.setParam1(std::string("host"));
-  connection.setParam3(std::string("8080"));
-  connection.setParam5(std::string("user"));
-  const std::string text = write(connection);
-  EXPECT_EQ((Texts{"conn_param1", "conn_param3", "conn_param5"}), childNames(at(text)));
-  KTRUpdateConnection back;
-  ASSERT_EQ(0, read(text, back));
-  EXPECT_EQ(connection.getParam1(), back.getParam1());
-  EXPECT_FALSE(back.getParam2().isSpecified());
-  EXPECT_EQ(connection.getParam3(), back.getParam3());
-  EXPECT_FALSE(back.getParam4().isSpecified());
-  EXPECT_EQ(connection.getParam5(), back.getParam5());
-  EXPECT_EQ(text, write(back));
-}
-
 TEST_F(KTRUp2dateTest, ProxyTypeIsAlwaysWrittenSoAnUnknownTypeFailsTheWriter) {
   KTRUpdateProxySettings proxy;
   proxy.setProxyType(static_cast<KTRUpdateProxySettings::ProxyType>(0));
@@ -163,59 +131,6 @@ TEST_F(KTRUp2dateTest, ProxyTypeIsAlwaysWrittenSoAnUnknownTypeFailsTheWriter) {
 
 // ---------------------------------------------------------------- products
 
-TEST_F(KTRUp2dateTest, ProductRoundTripsWithInstallSource) {
-  KTRUpdateProduct product;
-  product.setName("kernel");
-  product.setKey("k1");
-  product.setInstallType(KTRUpdateProduct::AutoDownload);
-  KTRUpdateInstallSource source;
-  source.setSource("http://mirror");
-  source.setStandard(std::string("yes"));
-  product.setInstallSource(source);
-  product.setParam(std::string("last"));
-  const std::string text = write(product);
-  EXPECT_EQ((Texts{"name", "key", "install_type", "install_source", "product_param"}), childNames(at(text)));
-  KTRUpdateProduct back;
-  ASSERT_EQ(0, read(text, back));
-  EXPECT_EQ("kernel", back.getName());
-  EXPECT_EQ("k1", back.getKey());
-  EXPECT_EQ(KTRUpdateProduct::AutoDownload, back.getInstallType());
-  ASSERT_TRUE(back.getInstallSource().isSpecified());
-  EXPECT_EQ("http://mirror", back.getInstallSource().get().getSource());
-  EXPECT_EQ(std::string("yes"), back.getInstallSource().get().getStandard().get());
-  EXPECT_EQ(text, write(back));
-}
-
-TEST_F(KTRUp2dateTest, ProductFieldsRequiredAndOptional) {
-  struct Case {
-    const char* body;
-    int rc;
-  };
-  const Case cases[] = {
-      {"<name>n</name><key>k</key><install_type><disabled/></install_type>", 0},
-      {"<key>k</key><install_type><manual/></install_type>", -1},
-      {"<name>n</name><install_type><manual/></install_type>", -1},
-      {"<name>n</name><key>k</key>", -1},
-      {"<name>n</name><key>k</key><install_type/>", -1},
-      {"<name>n</name><key>k</key><install_type><always/></install_type>", -1},
-      // An install source without its value is absent, not an error.
-      {"<name>n</name><key>k</key><install_type><manual/></install_type><install_source/>", 0},
-  };
-  for (const auto& c : cases) {
-    KTRUpdateProduct product;
-    EXPECT_EQ(c.rc, read(doc(c.body), product)) << c.body;
-  }
-  KTRUpdateProduct product;
-  product.setInstallType(KTRUpdateProduct::Manual);
-  ASSERT_EQ(0, read(doc(cases[0].body), product));
-  EXPECT_EQ(KTRUpdateProduct::Disabled, product.getInstallType()) << "\"disabled\" reads as 0";
-  EXPECT_EQ(Texts{"disabled"}, childNames(*[&]() {
-              auto& it = at(write(product));
-              it.descend("install_type");
-              return &it;
-            }()));
-}
-
 TEST_F(KTRUp2dateTest, InstallTypeOutsideTheTableLeavesAnEmptyHolder) {
   KTRUpdateProduct product;
   product.setName("n");
@@ -229,41 +144,6 @@ TEST_F(KTRUp2dateTest, InstallTypeOutsideTheTableLeavesAnEmptyHolder) {
 }
 
 // ---------------------------------------------------------------- the configuration
-
-KTRUpdateProduct product(const std::string& name) {
-  KTRUpdateProduct p;
-  p.setName(name);
-  p.setKey(name + "-key");
-  p.setInstallType(KTRUpdateProduct::Automatic);
-  return p;
-}
-
-TEST_F(KTRUp2dateTest, ConfigWithConnectionRoundTrips) {
-  KTRUpdateConfig config;
-  config.setProducts({product("kernel"), product("tools")});
-  KTRUpdateProduct management = product("whatever");
-  management.setInstallType(KTRUpdateProduct::Manual);
-  config.setManagementProduct(management);
-  KTRUpdateConnection connection;
-  connection.setParam4(std::string("direct"));
-  config.setAccess(connection);
-  config.setOption(std::string("opt"));
-
-  const std::string text = write(config);
-  EXPECT_EQ((Texts{"connection", "product", "product", "product"}), childNames(at(text)));
-  KTRUpdateConfig back;
-  ASSERT_EQ(0, read(text, back));
-  ASSERT_EQ(2u, back.getProducts().size());
-  EXPECT_EQ("kernel", back.getProducts()[0].getName());
-  EXPECT_EQ("tools", back.getProducts()[1].getName());
-  EXPECT_EQ("srn", back.getManagementProduct().getName()) << "the management product is always \"srn\"";
-  EXPECT_EQ(KTRUpdateProduct::Manual, back.getManagementProduct().getInstallType());
-  const auto* readConnection = boost::get<KTRUpdateConnection>(&back.getAccess());
-  ASSERT_NE(nullptr, readConnection);
-  EXPECT_EQ(std::string("direct"), readConnection->getParam4().get());
-  EXPECT_EQ(std::string("opt"), back.getOption().get());
-  EXPECT_EQ(text, write(back));
-}
 
 TEST_F(KTRUp2dateTest, SrnProductLeavesTheListAndIsWrittenLast) {
   const std::string text = doc(
@@ -319,16 +199,6 @@ TEST_F(KTRUp2dateTest, ConfigAccessIsChosenBySettingsThenYumThenConnection) {
   EXPECT_EQ(7, boost::get<KTRUpdateServiceSettings>(config.getAccess()).getPeriod());
 }
 
-TEST_F(KTRUp2dateTest, ConfigWithoutConnectionReadsWithoutTakingOne) {
-  KTRUpdateConfig config;
-  Update::Yum::Config yum;
-  config.setAccess(yum);
-  ASSERT_EQ(0, read(doc(""), config));
-  EXPECT_EQ(2, config.getAccess().which());
-  EXPECT_FALSE(config.getOption().isSpecified());
-  EXPECT_TRUE(config.getProducts().empty());
-}
-
 TEST_F(KTRUp2dateTest, ConfigWriterAddsConnectionForTheOptionWhateverTheAccess) {
   KTRUpdateConfig config;
   KTRUpdateServiceSettings settings;
@@ -353,44 +223,6 @@ TEST_F(KTRUp2dateTest, ConfigWriterAddsConnectionForTheOptionWhateverTheAccess) 
 
 // ---------------------------------------------------------------- yum
 
-TEST_F(KTRUp2dateTest, YumRepositoryNeedsOnlyItsName) {
-  struct Case {
-    const char* body;
-    int rc;
-  };
-  const Case cases[] = {
-      {"<key>k</key><base_url>http://u</base_url><repo_flag/>", -1},
-      {"<name>base</name>", 0},
-      {"<name>base</name><repo_flag>0</repo_flag>", 0},
-  };
-  for (const auto& c : cases) {
-    Update::Yum::Repository repository;
-    EXPECT_EQ(c.rc, read(doc(c.body), repository)) << c.body;
-  }
-  Update::Yum::Repository fresh;
-  EXPECT_EQ("", fresh.getKey());
-  EXPECT_EQ("", fresh.getBaseUrl());
-  EXPECT_EQ("", fresh.getName());
-  EXPECT_FALSE(fresh.getFlag());
-
-  Update::Yum::Repository repository;
-  repository.setKey("k");
-  repository.setBaseUrl("http://mirror/os");
-  repository.setFlag(true);
-  repository.setName("os");
-  Update::Yum::Config yum;
-  yum.setRepositories({repository, fresh});
-  yum.setRepositories({repository});
-  const std::string text = write(yum);
-  Update::Yum::Config back;
-  ASSERT_EQ(0, read(text, back));
-  ASSERT_EQ(1u, back.getRepositories().size());
-  EXPECT_TRUE(back.getRepositories()[0].getFlag());
-  EXPECT_EQ("http://mirror/os", back.getRepositories()[0].getBaseUrl());
-  EXPECT_EQ(text, write(back));
-  EXPECT_EQ(-1, read(doc("<repository><key>k</key></repository>"), back));
-}
-
 // ---------------------------------------------------------------- update kinds
 
 template <class T>
@@ -404,21 +236,6 @@ KTRUpdateList appTemplates(int count) {
   KTRUpdateList list;
   for (int i = 0; i < count; ++i) list.push_back(named<KTRAppTemplateUpdate>("app" + std::to_string(i)));
   return list;
-}
-
-TEST_F(KTRUp2dateTest, KindsDeclareTheirTypeNames) {
-  EXPECT_STREQ("updateType", KTRUpdate::Writer::getStrTypeID());
-  EXPECT_STREQ("system_updateType", KTRSystemUpdate::Writer::getStrTypeID());
-  EXPECT_STREQ("windows_system_updateType", KTRWindowsSystemUpdate::Writer::getStrTypeID());
-  EXPECT_STREQ("srn_updateType", KTRSRNUpdate::Writer::getStrTypeID());
-  EXPECT_STREQ("app_template_updateType", KTRAppTemplateUpdate::Writer::getStrTypeID());
-  EXPECT_STREQ("template_updateType", KTRTemplateUpdate::Writer::getStrTypeID());
-  EXPECT_STREQ("os_template_updateType", KTROsTemplateUpdate::Writer::getStrTypeID());
-  EXPECT_STREQ("ez_template_updateType", KTREzTemplateUpdate::Writer::getStrTypeID());
-  using Factory = MBQ::MBQDerivedParserFactory<KTRUpdate>;
-  ASSERT_NE(nullptr, Factory::defaultFactory());
-  EXPECT_EQ(Factory::findByType(typeid(KTRUpdate)), Factory::defaultFactory());
-  EXPECT_NE(nullptr, Factory::findByName(std::string(MBQ::kUpdateNamespace) + ":ez_template_updateType"));
 }
 
 TEST_F(KTRUp2dateTest, AListMixingEveryUpdateKindReadsEachEntryAsItsOwnClass) {
@@ -457,25 +274,6 @@ TEST_F(KTRUp2dateTest, AListMixingEveryUpdateKindReadsEachEntryAsItsOwnClass) {
   EXPECT_EQ(std::string("t1"), static_cast<KTRSRNUpdate&>(*back[3]).getText1().get());
   EXPECT_EQ(2u, static_cast<KTRTemplateUpdate&>(*back[6]).getAppTemplates().size());
   EXPECT_EQ(text, write(back));
-}
-
-TEST_F(KTRUp2dateTest, OsTemplateUpdateReadsItsNestedAppTemplates) {
-  auto os = std::make_shared<KTROsTemplateUpdate>();
-  os->setName(std::string("centos-7"));
-  KTRUpdateList apps = appTemplates(3);
-  apps.push_back(named<KTRSRNUpdate>("odd one"));  // entries keep their declared kind
-  os->setAppTemplates(apps);
-  const KTRUpdateList list = {os};
-  const std::string text = write(list);
-  KTRUpdateList back;
-  ASSERT_EQ(0, read(text, back));
-  ASSERT_EQ(1u, back.size());
-  ASSERT_EQ(typeid(KTROsTemplateUpdate), typeid(*back[0]));
-  const auto& nested = static_cast<KTROsTemplateUpdate&>(*back[0]).getAppTemplates();
-  ASSERT_EQ(4u, nested.size());
-  EXPECT_EQ(std::string("app2"), nested[2]->getName().get());
-  EXPECT_EQ(typeid(KTRAppTemplateUpdate), typeid(*nested[0]));
-  EXPECT_EQ(typeid(KTRSRNUpdate), typeid(*nested[3]));
 }
 
 TEST_F(KTRUp2dateTest, AnUnknownTypeFallsBackToKTRUpdateOnlyInTheUpdateRegistry) {
@@ -528,21 +326,6 @@ TEST_F(KTRUp2dateTest, SystemUpdateTypeIsZeroWithoutTheElementAndUnknownFails) {
   KTRUpdateList back;
   EXPECT_EQ(0, read(text, back));
   EXPECT_EQ(1u, back.size());
-}
-
-TEST_F(KTRUp2dateTest, UpdateWritesOnlySpecifiedFieldsInOrder) {
-  KTRUpdate update;
-  update.setName(std::string("n"));
-  update.setKey(std::string("k"));
-  update.setDetail(std::string("d"));
-  update.setSize(1LL);
-  update.setFlag(true);
-  update.setRelease(std::string("r"));
-  update.setInstalledVersion(std::string("i"));
-  update.setParam(std::string("p"));
-  EXPECT_EQ((Texts{"name", "key", "detail", "size", "update_flag", "release", "installed_version", "update_param"}),
-            childNames(at(write(update))));
-  EXPECT_TRUE(childNames(at(write(KTRUpdate()))).empty());
 }
 
 struct ExtraUpdate : KTRUpdate {

@@ -194,43 +194,6 @@ class KTRVEthMessageTest : public ::testing::Test {
   }
 };
 
-TEST_F(KTRVEthMessageTest, DerivedReadingPicksTheVethClass) {
-  for (const KTRNetVEth& written : {fullVeth(), makeVeth(kRoundTrips[0])}) {
-    const MBQ::MBQMessage message = writeDerived(written);
-    auto it = message.iterator();
-    ASSERT_EQ(0, it->descend("dev"));
-    std::string type;
-    ASSERT_EQ(0, it->getSchemaType(type));
-    EXPECT_EQ(std::string(MBQ::kTypesNamespace) + ":net_vethType", type);
-    EXPECT_EQ(written.isHostRouted(), it->hasChild("host_routed"));
-
-    std::shared_ptr<MBQ::MBQNetDevice> device;
-    ASSERT_EQ(0, MBQ::MBQReaderDerivedValid<MBQ::MBQNetDevice>(false)(*it, device));
-    auto* veth = dynamic_cast<KTRNetVEth*>(device.get());
-    ASSERT_NE(nullptr, veth);
-    EXPECT_EQ(written, *veth);
-  }
-}
-
-TEST_F(KTRVEthMessageTest, ReaderNeedsAnInterfaceName) {
-  struct Case {
-    const char* xml;
-    int result;
-  };
-  const Case cases[] = {
-      {"<m><dev/></m>", -1},
-      {"<m><dev><ifname></ifname><mac>m</mac></dev></m>", -1},
-      {"<m><dev><ifname>eth0</ifname><dhcp>maybe</dhcp></dev></m>", -1},
-      {"<m><dev><ifname>eth0</ifname></dev></m>", 0},
-  };
-  for (const Case& c : cases) {
-    MBQ::MBQMessage message;
-    ASSERT_EQ(0, message.parse(c.xml)) << c.xml;
-    KTRNetVEth read;
-    EXPECT_EQ(c.result, message.iterator()->getObject(read, KTRNetVEth::Reader(), "dev")) << c.xml;
-  }
-}
-
 TEST_F(KTRVEthMessageTest, ReadingReplacesListsAndSetsTheFlagByPresence) {
   MBQ::MBQMessage message;
   ASSERT_EQ(0, message.parse("<m><dev><ifname>eth9</ifname><server_address>s1</server_address>"

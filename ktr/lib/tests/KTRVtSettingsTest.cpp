@@ -69,67 +69,7 @@ KTRVtSettings fullSettings() {
 
 // ---------------------------------------------------------------- redirect services
 
-TEST_F(KTRVtSettingsTest, RedirectServiceFlagIsAnElementOfItsOwn) {
-  struct Case {
-    bool flag;
-    std::vector<std::string> children;
-  };
-  const Case cases[] = {
-      {false, {"name", "port", "eid"}},
-      {true, {"name", "port", "eid", "redirect_flag"}},
-  };
-  for (const Case& c : cases) {
-    const KTRRedirectService service("webpanel", 8080, MBQ::MBQEID("sve"), c.flag);
-    const std::string text = write(service);
-    EXPECT_EQ(c.children, childNames(at(text))) << text;
-    KTRRedirectService back("old", 1, MBQ::MBQEID("old"), !c.flag);
-    ASSERT_EQ(0, read(text, back));
-    EXPECT_EQ(service, back);
-  }
-}
-
-TEST_F(KTRVtSettingsTest, RedirectServiceNeedsNamePortAndTarget) {
-  const std::string text = write(KTRRedirectService("webpanel", 8080, MBQ::MBQEID("sve"), true));
-  std::string type;
-  ASSERT_EQ(0, at(text).getSchemaType(type));
-  EXPECT_EQ(std::string(MBQ::kTypesNamespace) + ":redirect_serviceType", type);
-
-  for (int missing : {1010, 1704, 1652}) {
-    KTRRedirectService back;
-    EXPECT_EQ(-1, read(without(text, missing), back)) << "without " << missing;
-    EXPECT_FALSE(back.getFlag()) << "the flag is read only after the required elements";
-  }
-}
-
 // ---------------------------------------------------------------- settings
-
-TEST_F(KTRVtSettingsTest, SettingsRoundTripThroughTheDerivedReader) {
-  const KTRVtSettings settings = fullSettings();
-  MBQ::MBQMessage message;
-  auto it = message.iterator();
-  ASSERT_EQ(0, it->addChildAndDescend("r"));
-  ASSERT_EQ(0, MBQ::MBQWriterDerived<MBQ::MBQVtSettings>()(*it, settings));
-  const std::string text = message.toString();
-
-  std::string type;
-  ASSERT_EQ(0, at(text).getSchemaType(type));
-  EXPECT_EQ(std::string(MBQ::kTypesNamespace) + ":vt_settingsType", type)
-      << "writing the base part must not retype the element";
-  EXPECT_EQ((std::vector<std::string>{"lock_dir", "template_dir", "item", "item", "offline_service",
-                                      "offline_service", "qoses", "settings_version"}),
-            childNames(at(text)));
-
-  std::shared_ptr<MBQ::MBQVtSettings> base;
-  ASSERT_EQ(0, MBQ::MBQReaderDerivedValid<MBQ::MBQVtSettings>(false)(at(text), base));
-  const auto* back = dynamic_cast<const KTRVtSettings*>(base.get());
-  ASSERT_NE(nullptr, back);
-  EXPECT_EQ(3, back->getSettingsVersion());
-  EXPECT_EQ(settings.getLockDir(), back->getLockDir());
-  EXPECT_EQ(settings.getTemplateDir(), back->getTemplateDir());
-  EXPECT_EQ(settings.getSettingsMap(), back->getSettingsMap());
-  EXPECT_EQ(settings.getOfflineServices(), back->getOfflineServices());
-  EXPECT_EQ(settings.getQoSes(), back->getQoSes());
-}
 
 TEST_F(KTRVtSettingsTest, OfflineServicesTellEmptyFromUnspecified) {
   struct Case {
@@ -170,18 +110,6 @@ TEST_F(KTRVtSettingsTest, BrokenOfflineServiceLeavesTheListUnspecified) {
   KTRVtSettings back;
   EXPECT_EQ(0, read(message.toString(), back)) << "the list's failure is not the record's";
   EXPECT_FALSE(back.getOfflineServices().isSpecified());
-}
-
-TEST_F(KTRVtSettingsTest, DirectoriesAreWrittenOnlyWhenSpecified) {
-  KTRVtSettings settings;
-  settings.setTemplateDir(std::string("/t"));
-  const std::string text = write(settings);
-  EXPECT_FALSE(at(text).hasChild("lock_dir"));
-
-  KTRVtSettings back = fullSettings();
-  ASSERT_EQ(0, read(text, back));
-  EXPECT_FALSE(back.getLockDir().isSpecified());
-  EXPECT_EQ(MBQOptionalProperty<std::string>(std::string("/t")), back.getTemplateDir());
 }
 
 TEST_F(KTRVtSettingsTest, SettingsMapItemsMayLackEitherPart) {
@@ -276,39 +204,7 @@ TEST_F(KTRVtSettingsTest, VtInfoRoundTripsAndIgnoresItsOwnElements) {
 
 // ---------------------------------------------------------------- connection link
 
-TEST_F(KTRVtSettingsTest, ConnectionLinkNeedsOnlyTheHost) {
-  const KTRConnectionLinkInfo link("10.0.0.9", 50123, "node.example", 4433);
-  const std::string text = write(link);
-  EXPECT_EQ((std::vector<std::string>{"client_ip", "client_port", "host", "port"}), childNames(at(text)));
-  KTRConnectionLinkInfo back;
-  ASSERT_EQ(0, read(text, back));
-  EXPECT_EQ(link, back);
-
-  KTRConnectionLinkInfo kept("1.1.1.1", 1, "old", 2);
-  ASSERT_EQ(0, read("<m><r><host>h</host><port>x</port></r></m>", kept));
-  EXPECT_EQ(KTRConnectionLinkInfo("1.1.1.1", 1, "h", 2), kept) << "absent or broken parts keep their value";
-  EXPECT_EQ(-1, read(without(text, 1262), kept));
-}
-
 // ---------------------------------------------------------------- container type, capability
-
-TEST_F(KTRVtSettingsTest, ContainerTypeWithoutCtidHasAnEmptyId) {
-  KTRVPSType type(2, CtidWrapper(std::string("101")));
-  ASSERT_EQ(0, read("<m><r><type>3</type></r></m>", type));
-  EXPECT_EQ(3, type.getType());
-  EXPECT_STREQ("", type.getCtid().toString());
-  EXPECT_EQ(0u, type.getCtid().getId());
-
-  const KTRVPSType written(1, CtidWrapper(std::string("101")));
-  const std::string text = write(written);
-  EXPECT_EQ((std::vector<std::string>{"ctid", "type"}), childNames(at(text)));
-  KTRVPSType back;
-  ASSERT_EQ(0, read(text, back));
-  EXPECT_EQ(1, back.getType());
-  EXPECT_STREQ("101", back.getCtid().toString());
-  EXPECT_EQ(101u, back.getCtid().getId());
-  EXPECT_EQ(-1, read(without(text, 1007), back));
-}
 
 TEST_F(KTRVtSettingsTest, ContainerTypeTextForm) {
   struct Case {
@@ -334,16 +230,6 @@ TEST_F(KTRVtSettingsTest, ContainerTypeTextForm) {
   }
   EXPECT_EQ("1:101", KTRVPSType(1, CtidWrapper(101u)).toString());
   EXPECT_EQ("3", KTRVPSType(3, CtidWrapper(std::string())).toString());
-}
-
-TEST_F(KTRVtSettingsTest, CapabilityNeedsNameAndValue) {
-  const KTREnvCapability capability("net_admin", true);
-  const std::string text = write(capability);
-  EXPECT_NE(std::string::npos, text.find("<value>1</value>")) << text;
-  KTREnvCapability back;
-  ASSERT_EQ(0, read(text, back));
-  EXPECT_EQ(capability, back);
-  for (int missing : {1010, 1018}) EXPECT_EQ(-1, read(without(text, missing), back)) << missing;
 }
 
 }  // namespace
