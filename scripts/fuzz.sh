@@ -17,6 +17,7 @@ for target in "$build_dir"/fuzz/fuzz_*; do
   corpus=fuzz/corpus/${name#fuzz_}
   work=$(mktemp -d)
   [[ -d "$corpus" ]] && cp -r "$corpus"/. "$work"/
+  [[ $name == fuzz_msg ]] && cp ktr/lib/tests/records/*.xml "$work"/  # every record's full form
   max_len=4096
   [[ $name == fuzz_cache ]] && max_len=20000  # whole cache files: 8 KiB when new
   echo "-- $name for ${seconds}s"
