@@ -21,15 +21,15 @@ KTRVtSettings read(const std::string& text, KTRVtSettings settings = KTRVtSettin
   return settings;
 }
 
-std::string write(const KTRVtSettings& settings, const std::string* oldText, bool merge = true) {
-  std::istringstream old(oldText != nullptr ? *oldText : "");
+std::string write(const KTRVtSettings& settings, const std::string& oldText = "") {
+  std::istringstream old(oldText);
   std::ostringstream out;
-  EXPECT_EQ(0, KTRHQConfigBashParser::getInstance()->putConfig(settings, out, oldText != nullptr ? &old : nullptr,
-                                                               merge));
+  EXPECT_EQ(0, KTRHQConfigBashParser::getInstance()->putConfig(settings, out, &old, true));
   return out.str();
 }
 
-std::string write(const KTRVtSettings& settings, const std::string& oldText) { return write(settings, &oldText); }
+// What the settings parser adds to the line engine (KTRBashParserTest): the raw map, the two
+// directories, the offline services and its key order.
 
 KTRVtSettings withServices(const std::vector<std::pair<std::string, bool>>& services) {
   std::vector<KTRRedirectService> list;
@@ -45,11 +45,6 @@ std::vector<std::pair<std::string, bool>> flags(const KTRVtSettings& settings) {
   for (const KTRRedirectService& service : settings.getOfflineServices().get())
     result.emplace_back(service.getName(), service.getFlag());
   return result;
-}
-
-TEST(KTRHQConfigBashParserTest, IsOneSharedInstance) {
-  ASSERT_NE(nullptr, KTRHQConfigBashParser::getInstance());
-  EXPECT_EQ(KTRHQConfigBashParser::getInstance(), KTRHQConfigBashParser::getInstance());
 }
 
 TEST(KTRHQConfigBashParserTest, KeepsEveryAssignmentRawAndInterpretsTheDirectories) {
@@ -118,33 +113,14 @@ TEST(KTRHQConfigBashParserTest, AppendsNothingWhenTheRawMapHoldsOnlyTheDirectori
   KTRVtSettings settings;
   settings.setLockDir(std::string("/l"));
   settings.setTemplateDir(std::string("/t"));
-  EXPECT_EQ("", write(settings, nullptr));
+  EXPECT_EQ("", write(settings));
   settings.setSettingsMap(Raw{{"lockdir", "/l"}});
-  EXPECT_EQ("", write(settings, nullptr));
-  EXPECT_EQ("# x\n", write(settings, std::string("# x\n")));
+  EXPECT_EQ("", write(settings));
+  EXPECT_EQ("# x\n", write(settings, "# x\n"));
 
   settings.setSettingsMap(Raw{{"other", "o"}});
-  EXPECT_EQ("OTHER=\"o\"\nLOCKDIR=\"/l\"\nTEMPLATE=\"/t\"\n", write(settings, nullptr));
-  EXPECT_EQ("", write(KTRVtSettings(), nullptr));
-}
-
-TEST(KTRHQConfigBashParserTest, AnUnspecifiedTemplateDirectoryKeepsTheOldLine) {
-  KTRVtSettings settings;
-  settings.setSettingsMap(Raw{{"lockdir", "/new"}, {"other", "o"}});
-  settings.setLockDir(std::string("/new"));
-  EXPECT_EQ("TEMPLATE=/old # c\nLOCKDIR=\"/new\"\nOTHER=\"o\"\n",
-            write(settings, std::string("TEMPLATE=/old # c\nLOCKDIR=/l\n")));
-}
-
-TEST(KTRHQConfigBashParserTest, KeepsUnknownLinesAndAppendsRawKeysTheFileLacks) {
-  const std::string old = "# global\nUNKNOWN_TO_MAP=1\nA=old\nLOCKDIR=/l\n";
-  KTRVtSettings settings = read(old);
-  std::map<std::string, std::string> raw = settings.getSettingsMap();
-  raw.erase("unknown_to_map");
-  raw["a"] = "new";
-  raw["added"] = "x";
-  settings.setSettingsMap(raw);
-  EXPECT_EQ("# global\nUNKNOWN_TO_MAP=1\nA=\"new\"\nLOCKDIR=\"/l\"\nADDED=\"x\"\n", write(settings, old));
+  EXPECT_EQ("OTHER=\"o\"\nLOCKDIR=\"/l\"\nTEMPLATE=\"/t\"\n", write(settings));
+  EXPECT_EQ("", write(KTRVtSettings()));
 }
 
 }  // namespace

@@ -1,6 +1,5 @@
 #include "KTRFunctionality/KTRQoSTune.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -11,15 +10,12 @@
 #include <string>
 #include <vector>
 
-#include "KTRFunctionality/KTRVocabulary.h"
 #include "MBQCore/MBQError.h"
 #include "MBQFunctionalityCore/MBQEnvConfig.h"
 #include "MBQFunctionalityCore/MBQVocMap.h"
 
 namespace KTR {
 namespace {
-
-using ::testing::HasSubstr;
 
 constexpr std::int64_t kMax = std::numeric_limits<std::int64_t>::max();
 constexpr std::int64_t kMin = std::numeric_limits<std::int64_t>::min();
@@ -93,6 +89,7 @@ class KTRQoSTuneTest : public ::testing::Test {
 
 // ---------------------------------------------------------------- tokens
 
+// Which row each operator text is shows in the parsed formulas below; here the scanning.
 TEST(KTRQoSTuneTokenTest, ReadsOneTokenAndAdvances) {
   struct Case {
     const char* input;
@@ -105,22 +102,11 @@ TEST(KTRQoSTuneTokenTest, ReadsOneTokenAndAdvances) {
       {"  numproc.soft+1", KTRQVTermType::kParameter, 0, "numproc.soft", "+1"},
       {"\t12kb >", KTRQVTermType::kNumber, 0, "12kb", " >"},
       {"1.5.x", KTRQVTermType::kNumber, 0, "1.5.x", ""},
-      {"&gt;= 1", KTRQVTermType::kOperator, 4, nullptr, " 1"},
-      {"&lt;=", KTRQVTermType::kOperator, 5, nullptr, ""},
-      {"&gt;1", KTRQVTermType::kOperator, 6, nullptr, "1"},
-      {"&lt;", KTRQVTermType::kOperator, 7, nullptr, ""},
+      {"&gt;= 1", KTRQVTermType::kOperator, 4, nullptr, " 1"},  // the longest text first
       {">=>", KTRQVTermType::kOperator, 8, nullptr, ">"},
-      {"<=", KTRQVTermType::kOperator, 9, nullptr, ""},
-      {"> =", KTRQVTermType::kOperator, 10, nullptr, " ="},
-      {"<", KTRQVTermType::kOperator, 11, nullptr, ""},
-      {"===", KTRQVTermType::kOperator, 12, nullptr, "="},
       {"&&&", KTRQVTermType::kOperator, 3, nullptr, "&"},
       {"(", KTRQVTermType::kOperator, 1, nullptr, ""},
-      {")", KTRQVTermType::kOperator, 2, nullptr, ""},
       {"+-", KTRQVTermType::kOperator, 13, nullptr, "-"},
-      {"-", KTRQVTermType::kOperator, 14, nullptr, ""},
-      {"*", KTRQVTermType::kOperator, 15, nullptr, ""},
-      {"/", KTRQVTermType::kOperator, 16, nullptr, ""},
   };
   for (const Case& c : cases) {
     const char* cursor = c.input;
@@ -130,8 +116,7 @@ TEST(KTRQoSTuneTokenTest, ReadsOneTokenAndAdvances) {
     EXPECT_EQ(c.kind, term.kind) << c.input;
     if (c.text != nullptr) {
       EXPECT_EQ(c.text, text) << c.input;
-    }
-    if (c.kind == KTRQVTermType::kOperator) {
+    } else {
       EXPECT_EQ(c.value, term.value) << c.input;
     }
     EXPECT_STREQ(c.rest, cursor) << c.input;
@@ -201,7 +186,6 @@ TEST_F(KTRQoSTuneTest, ParsesFormulasToPostfixTerms) {
       {"a >= 2kb", "P1 N2048 O8"},
       {"a >= 2KB", "P1 N2048 O8"},
       {"a >= 1.5mb", "P1 N1572864 O8"},
-      {"a >= 2.5kb", "P1 N2560 O8"},
       {"a >= 100000001", "P1 N100000000 O8"},
       {"a >= 16777217", "P1 N16777216 O8"},
       {"a >= 0.9", "P1 N0 O8"},
@@ -213,9 +197,8 @@ TEST_F(KTRQoSTuneTest, ParsesFormulasToPostfixTerms) {
       {"a &lt; b && x &gt; y", "P1 P2 O7 P4 P5 O6 O3"},
       {"a <= b == 0", "P1 P2 O9 N0 O12"},
       {"a>=b&&c", "P1 P2 O8 P3 O3"},
+      {"a > b && a < 1", "P1 P2 O10 P1 N1 O11 O3"},
       // Parts are searched for after the last dot.
-      {"a.softlimit", "P1"},
-      {"a.hardlimit", "P101"},
       {"a.xhardx", "P101"},
       {"a.hardsoft", "P1"},
       {"a", "P1"},
@@ -364,24 +347,6 @@ TEST(KTRQoSTuneInitTest, IndexesStayBelowTheHardPartOffset) {
   KTRQVTune tooMany(config, vocabulary(vocabularyText(resources(99), {{1, "r0 >= 0", "m"}})));
   EXPECT_EQ(kTuneFailed, tooMany.init());
   EXPECT_EQ("too many parameters in formulas initialization ('QOS')", MBQ::getErrorMessage());
-}
-
-TEST(KTRQoSTuneInitTest, EveryDefaultFormulaParses) {
-  // checkVocabulary parses them too; this says which one fails.
-  MBQ::MBQVocMapSP defaults = defaultVocabulary();
-  ASSERT_NE(nullptr, defaults) << MBQ::getErrorMessage();
-  MBQ::MBQVEnvConfig config;
-  KTRQVTune tune(config, defaults);
-  ASSERT_EQ(0, tune.init()) << MBQ::getErrorMessage();
-  MBQ::MBQVocIterator it = defaults->readCategory({"quellix", "tune"})->iterator();
-  std::size_t count = 0;
-  for (int rc = it.first(); rc == 0; rc = it.next(), ++count) {
-    std::string text;
-    ASSERT_EQ(0, it->getValue(1307, text));
-    KTRQVPolishNotation notation;
-    EXPECT_EQ(0, tune.formFormula(text, notation)) << text;
-  }
-  EXPECT_EQ(count, tune.getFormulas().size());
 }
 
 // ---------------------------------------------------------------- checks
