@@ -1,0 +1,73 @@
+# The command line: help, version, options anywhere before --, and usage errors.
+
+$ ktrctl --help | head -n 1
+usage: ktrctl [OPTIONS] COMMAND ARGS...
+
+# A command's help, asked for three ways.
+$ ktrctl help set | head -n 1
+usage: ktrctl set CONF KEY=VALUE...
+
+$ ktrctl help set > help.txt && ktrctl set --help | cmp - help.txt && ktrctl -h set | cmp - help.txt
+
+$ ktrctl raw --help | grep '^usage'
+usage: ktrctl raw get FILE [KEY...]
+usage: ktrctl raw set FILE KEY=VALUE...
+
+$ ktrctl --version
+ktrctl 7.0
+libKTRFunctionality.so.7 7.0
+
+$ printf 'HOSTNAME="h"\nNUMPROC="1:2"\n' > c.conf
+
+$ ktrctl get c.conf --verbose hostname
+HOSTNAME="h"
+
+$ ktrctl set --wait=0.5 c.conf NAME=n
+
+$ ktrctl get c.conf --
+HOSTNAME="h"
+NUMPROC="1:2"
+NAME="n"
+
+$ ktrctl get c.conf -- numproc
+NUMPROC="1:2"
+
+$ ktrctl get -- c.conf
+ktrctl: usage: ktrctl get CONF [KEY...]
+(exit 2)
+
+$ ktrctl
+ktrctl: no command (see ktrctl --help)
+(exit 2)
+
+$ ktrctl frobnicate
+ktrctl: unknown command 'frobnicate' (see ktrctl --help)
+(exit 2)
+
+$ ktrctl --frobnicate get c.conf
+ktrctl: unknown option --frobnicate (see ktrctl --help)
+(exit 2)
+
+$ ktrctl raw get c.conf --vocab v.xml
+ktrctl: --vocab does not apply to raw get (see ktrctl help raw get)
+(exit 2)
+
+$ ktrctl get c.conf --dry-run
+ktrctl: --dry-run does not apply to get (see ktrctl help get)
+(exit 2)
+
+$ ktrctl set --wait soon c.conf A=1
+ktrctl: --wait needs a number of seconds from 0 to 86400, not 'soon'
+(exit 2)
+
+$ ktrctl help frobnicate
+ktrctl: no command 'frobnicate' (see ktrctl --help)
+(exit 2)
+
+$ ktrctl raw
+ktrctl: usage: ktrctl raw get FILE [KEY...] | raw set FILE KEY=VALUE...
+(exit 2)
+
+$ ktrctl set c.conf
+ktrctl: usage: ktrctl set CONF KEY=VALUE...
+(exit 2)
