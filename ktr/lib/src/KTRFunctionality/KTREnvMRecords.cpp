@@ -6,6 +6,9 @@
 namespace KTR {
 
 namespace Tag = MBQ::Tag;
+using MBQ::lenient;
+using MBQ::optional;
+using MBQ::required;
 
 namespace {
 
@@ -25,56 +28,36 @@ int KTRUpgradeOptions::Writer::operator()(MBQMessageIterator& it, const KTRUpgra
   return (o.flags_ & FlagUpgrade) ? it.addChild(Tag::kUpgradeFlag) : 0;
 }
 
-int KTRLogOptions::Reader::operator()(const MBQMessageIterator& it, KTRLogOptions& o) const {
-  it.getValue(Tag::kType, o.value_);
-  return MBQ::MBQLogOptions::Reader()(it, o);
+const MBQ::MBQLayout<KTRLogOptions>& KTRLogOptions::layout() {
+  static const MBQ::MBQLayout<KTRLogOptions> layout{lenient(optional(Tag::kType, &KTRLogOptions::value_)),
+                                                    MBQ::base<KTRLogOptions, MBQ::MBQLogOptions>()};
+  return layout;
 }
 
-int KTRLogOptions::Writer::operator()(MBQMessageIterator& it, const KTRLogOptions& o) const {
-  if (it.setValue(Tag::kType, o.value_) != 0) return -1;
-  return MBQ::MBQLogOptions::Writer()(it, o);
+const MBQ::MBQLayout<KTRNativeConfig>& KTRNativeConfig::layout() {
+  static const MBQ::MBQLayout<KTRNativeConfig> layout{required(Tag::kContent, &KTRNativeConfig::text_)};
+  return layout;
 }
 
-int KTRNativeConfig::Reader::operator()(const MBQMessageIterator& it, KTRNativeConfig& c) const {
-  return it.getValue(Tag::kContent, c.text_);
+const MBQ::MBQLayout<KTRUGIDQuotaLimit::QuotaLimit>& KTRUGIDQuotaLimit::QuotaLimit::layout() {
+  static const MBQ::MBQLayout<QuotaLimit> layout{lenient(optional(Tag::kUsage, &QuotaLimit::usage_)),
+                                                 required(Tag::kSoftLimit, &QuotaLimit::softLimit_),
+                                                 required(Tag::kHardLimit, &QuotaLimit::hardLimit_)};
+  return layout;
 }
 
-int KTRNativeConfig::Writer::operator()(MBQMessageIterator& it, const KTRNativeConfig& c) const {
-  return it.setValue(Tag::kContent, c.text_);
+const MBQ::MBQLayout<KTRUGIDQuotaLimit>& KTRUGIDQuotaLimit::layout() {
+  // The first limit is the one under quota_limit1 although it is read last.
+  static const MBQ::MBQLayout<KTRUGIDQuotaLimit> layout{required(Tag::kName, &KTRUGIDQuotaLimit::id_),
+                                                        required(Tag::kQuotaLimit2, &KTRUGIDQuotaLimit::limit2_),
+                                                        required(Tag::kQuotaLimit1, &KTRUGIDQuotaLimit::limit1_)};
+  return layout;
 }
 
-int KTRUGIDQuotaLimit::QuotaLimit::Reader::operator()(const MBQMessageIterator& it, QuotaLimit& l) const {
-  it.getValue(Tag::kUsage, l.usage_);
-  if (it.getValue(Tag::kSoftLimit, l.softLimit_) != 0) return -1;
-  return it.getValue(Tag::kHardLimit, l.hardLimit_);
-}
-
-int KTRUGIDQuotaLimit::QuotaLimit::Writer::operator()(MBQMessageIterator& it, const QuotaLimit& l) const {
-  if (it.setValue(Tag::kUsage, l.usage_) != 0) return -1;
-  if (it.setValue(Tag::kSoftLimit, l.softLimit_) != 0) return -1;
-  return it.setValue(Tag::kHardLimit, l.hardLimit_);
-}
-
-int KTRUGIDQuotaLimit::Reader::operator()(const MBQMessageIterator& it, KTRUGIDQuotaLimit& l) const {
-  if (it.getValue(Tag::kName, l.id_) != 0) return -1;
-  if (MBQ::MBQReaderID(QuotaLimit::Reader(), Tag::kQuotaLimit2)(it, l.limit2_) != 0) return -1;
-  return MBQ::MBQReaderID(QuotaLimit::Reader(), Tag::kQuotaLimit1)(it, l.limit1_);
-}
-
-int KTRUGIDQuotaLimit::Writer::operator()(MBQMessageIterator& it, const KTRUGIDQuotaLimit& l) const {
-  if (it.setValue(Tag::kName, l.id_) != 0) return -1;
-  if (MBQ::MBQWriterID(QuotaLimit::Writer(), Tag::kQuotaLimit2)(it, l.limit2_) != 0) return -1;
-  return MBQ::MBQWriterID(QuotaLimit::Writer(), Tag::kQuotaLimit1)(it, l.limit1_);
-}
-
-int KTRUGIDQuotaGracePeriod::Reader::operator()(const MBQMessageIterator& it, KTRUGIDQuotaGracePeriod& p) const {
-  if (it.getValue(Tag::kQuotaSetting, p.period1_) != 0) return -1;
-  return it.getValue(Tag::kGracePeriod, p.period2_);
-}
-
-int KTRUGIDQuotaGracePeriod::Writer::operator()(MBQMessageIterator& it, const KTRUGIDQuotaGracePeriod& p) const {
-  if (it.setValue(Tag::kQuotaSetting, p.period1_) != 0) return -1;
-  return it.setValue(Tag::kGracePeriod, p.period2_);
+const MBQ::MBQLayout<KTRUGIDQuotaGracePeriod>& KTRUGIDQuotaGracePeriod::layout() {
+  static const MBQ::MBQLayout<KTRUGIDQuotaGracePeriod> layout{required(Tag::kQuotaSetting, &KTRUGIDQuotaGracePeriod::period1_),
+                                                              required(Tag::kGracePeriod, &KTRUGIDQuotaGracePeriod::period2_)};
+  return layout;
 }
 
 int KTRUGIDQuotaInfo::Reader::operator()(const MBQMessageIterator& it, KTRUGIDQuotaInfo& q) const {
@@ -99,19 +82,11 @@ int KTRUGIDQuotaInfo::Writer::operator()(MBQMessageIterator& it, const KTRUGIDQu
                           Tag::kGracePeriods)(it, q.gracePeriod_);
 }
 
-int KTRScript::Reader::operator()(const MBQMessageIterator& it, KTRScript& s) const {
-  if (it.getValue(Tag::kKey, s.name_) != 0) return -1;
-  if (it.getValue(Tag::kType, s.type_) != 0) return -1;
-  it.getValue(Tag::kDetail, s.detail_);
-  it.getValue(Tag::kContent, s.content_);
-  return 0;
-}
-
-int KTRScript::Writer::operator()(MBQMessageIterator& it, const KTRScript& s) const {
-  if (it.setValue(Tag::kKey, s.name_) != 0) return -1;
-  if (it.setValue(Tag::kType, s.type_) != 0) return -1;
-  if (it.setValue(Tag::kDetail, s.detail_) != 0) return -1;
-  return it.setValue(Tag::kContent, s.content_);
+const MBQ::MBQLayout<KTRScript>& KTRScript::layout() {
+  static const MBQ::MBQLayout<KTRScript> layout{
+      required(Tag::kKey, &KTRScript::name_), required(Tag::kType, &KTRScript::type_),
+      lenient(optional(Tag::kDetail, &KTRScript::detail_)), lenient(optional(Tag::kContent, &KTRScript::content_))};
+  return layout;
 }
 
 }  // namespace KTR

@@ -5,7 +5,7 @@
 
 #include "KTRFunctionality/KTRExport.h"
 #include "MBQFunctionalityCore/MBQOperatorRecords.h"
-#include "MBQMessage/MBQMessageIterator.h"
+#include "MBQMessage/MBQLayout.h"
 #include "MBQMessage/MBQNamespaces.h"
 #include "MBQMessage/MBQOptionalProperty.h"
 
@@ -14,13 +14,13 @@
 // KTREnvM, is in KTRManagers.h.)
 //
 // Layouts in reading order; writers emit the same elements. "req": a missing or malformed
-// element fails the reader at once (-1, or that element's own result where said); "ignored":
-// a failure leaves the field as it was.
+// element fails the reader at once (-1, or that element's own result where said); "lenient":
+// a failure leaves the field as it was (layout() in the .cpp file is the authority).
 
 namespace KTR {
 
-// One flags word of which only bit 0 travels: it is set exactly when element 1152 exists
-// (reading clears the word first); writing adds an empty 1152 only when bit 0 is set.
+// One flags word of which only bit 0 travels: it is set exactly when element upgrade_flag exists
+// (reading clears the word first); writing adds an empty upgrade_flag only when bit 0 is set.
 class KTR_EXPORT KTRUpgradeOptions {
  public:
   enum { FlagUpgrade = 1 };
@@ -39,22 +39,20 @@ class KTR_EXPORT KTRUpgradeOptions {
   unsigned flags_ = 0;
 };
 
-// Schema type "log_optionsType" (types namespace), registered with MBQLogOptions. Layout: 1007
-// value (32-bit, ignored), then the MBQLogOptions elements, whose result is the reader's.
+// Schema type "log_optionsType" (types namespace), registered with MBQLogOptions. Layout: type
+// as the value (32-bit, lenient), then the MBQLogOptions elements, whose result is the reader's.
 class KTR_EXPORT KTRLogOptions : public MBQ::MBQLogOptions {
  public:
   int getValue() const { return value_; }
   void setValue(int value) { value_ = value; }
 
-  struct KTR_EXPORT Reader {
-    int operator()(const MBQ::MBQMessageIterator& it, KTRLogOptions& options) const;
-  };
-  struct KTR_EXPORT Writer {
+  static const MBQ::MBQLayout<KTRLogOptions>& layout();
+  using Reader = MBQ::MBQLayoutReader<KTRLogOptions>;
+  struct KTR_EXPORT Writer : MBQ::MBQLayoutWriter<KTRLogOptions> {
     const char* getStrNSID() const { return MBQ::kTypesNamespace; }
     const char* getStrTypeID() const { return "log_optionsType"; }
     int getNSID() const { return 0; }
     int getTypeID() const { return 0; }
-    int operator()(MBQ::MBQMessageIterator& it, const KTRLogOptions& options) const;
   };
 
  private:
@@ -62,21 +60,19 @@ class KTR_EXPORT KTRLogOptions : public MBQ::MBQLogOptions {
 };
 
 // Schema type "quellix_configType" (types namespace), registered with MBQNativeConfig.
-// Layout: 1328 the configuration text (req; its result is the reader's).
+// Layout: content, the configuration text (req; its result is the reader's).
 class KTR_EXPORT KTRNativeConfig : public MBQ::MBQNativeConfig {
  public:
   const std::string& getText() const { return text_; }
   void setText(const std::string& text) { text_ = text; }
 
-  struct KTR_EXPORT Reader {
-    int operator()(const MBQ::MBQMessageIterator& it, KTRNativeConfig& config) const;
-  };
-  struct KTR_EXPORT Writer {
+  static const MBQ::MBQLayout<KTRNativeConfig>& layout();
+  using Reader = MBQ::MBQLayoutReader<KTRNativeConfig>;
+  struct KTR_EXPORT Writer : MBQ::MBQLayoutWriter<KTRNativeConfig> {
     const char* getStrNSID() const { return MBQ::kTypesNamespace; }
     const char* getStrTypeID() const { return "quellix_configType"; }
     int getNSID() const { return 0; }
     int getTypeID() const { return 0; }
-    int operator()(MBQ::MBQMessageIterator& it, const KTRNativeConfig& config) const;
   };
 
  private:
@@ -86,7 +82,7 @@ class KTR_EXPORT KTRNativeConfig : public MBQ::MBQNativeConfig {
 // The quota limits of one user or group.
 class KTR_EXPORT KTRUGIDQuotaLimit {
  public:
-  // Layout: 1065 (64-bit, ignored), 1066 (64-bit, req), 1067 (64-bit; its result is the
+  // Layout: usage (64-bit, lenient), soft_limit (64-bit, req), hard_limit (64-bit; its result is the
   // reader's).
   class KTR_EXPORT QuotaLimit {
    public:
@@ -97,12 +93,9 @@ class KTR_EXPORT KTRUGIDQuotaLimit {
     long long getHardLimit() const { return hardLimit_; }
     void setHardLimit(long long v) { hardLimit_ = v; }
 
-    struct KTR_EXPORT Reader {
-      int operator()(const MBQ::MBQMessageIterator& it, QuotaLimit& limit) const;
-    };
-    struct KTR_EXPORT Writer {
-      int operator()(MBQ::MBQMessageIterator& it, const QuotaLimit& limit) const;
-    };
+    static const MBQ::MBQLayout<QuotaLimit>& layout();
+    using Reader = MBQ::MBQLayoutReader<QuotaLimit>;
+    using Writer = MBQ::MBQLayoutWriter<QuotaLimit>;
 
    private:
     long long usage_ = 0;
@@ -110,8 +103,8 @@ class KTR_EXPORT KTRUGIDQuotaLimit {
     long long hardLimit_ = 0;
   };
 
-  // Layout: 1010 id (32-bit, req), 1231 second limit (req), 1232 first limit (its result is
-  // the reader's). The first limit is the one under 1232 although it is read last.
+  // Layout: name as the id (32-bit, req), quota_limit2 (req), quota_limit1 (its result is
+  // the reader's). The first limit is the one under quota_limit1 although it is read last.
   int getId() const { return id_; }
   void setId(int id) { id_ = id; }
   const QuotaLimit& getLimit1() const { return limit1_; }
@@ -119,12 +112,9 @@ class KTR_EXPORT KTRUGIDQuotaLimit {
   const QuotaLimit& getLimit2() const { return limit2_; }
   void setLimit2(const QuotaLimit& limit) { limit2_ = limit; }
 
-  struct KTR_EXPORT Reader {
-    int operator()(const MBQ::MBQMessageIterator& it, KTRUGIDQuotaLimit& limit) const;
-  };
-  struct KTR_EXPORT Writer {
-    int operator()(MBQ::MBQMessageIterator& it, const KTRUGIDQuotaLimit& limit) const;
-  };
+  static const MBQ::MBQLayout<KTRUGIDQuotaLimit>& layout();
+  using Reader = MBQ::MBQLayoutReader<KTRUGIDQuotaLimit>;
+  using Writer = MBQ::MBQLayoutWriter<KTRUGIDQuotaLimit>;
 
  private:
   int id_ = 0;
@@ -132,7 +122,7 @@ class KTR_EXPORT KTRUGIDQuotaLimit {
   QuotaLimit limit2_;
 };
 
-// Layout: 1301 first period, 1582 second period (32-bit, both req).
+// Layout: quota_setting as the first period, grace_period as the second (32-bit, both req).
 class KTR_EXPORT KTRUGIDQuotaGracePeriod {
  public:
   int getPeriod1() const { return period1_; }
@@ -140,21 +130,18 @@ class KTR_EXPORT KTRUGIDQuotaGracePeriod {
   int getPeriod2() const { return period2_; }
   void setPeriod2(int v) { period2_ = v; }
 
-  struct KTR_EXPORT Reader {
-    int operator()(const MBQ::MBQMessageIterator& it, KTRUGIDQuotaGracePeriod& period) const;
-  };
-  struct KTR_EXPORT Writer {
-    int operator()(MBQ::MBQMessageIterator& it, const KTRUGIDQuotaGracePeriod& period) const;
-  };
+  static const MBQ::MBQLayout<KTRUGIDQuotaGracePeriod>& layout();
+  using Reader = MBQ::MBQLayoutReader<KTRUGIDQuotaGracePeriod>;
+  using Writer = MBQ::MBQLayoutWriter<KTRUGIDQuotaGracePeriod>;
 
  private:
   int period1_ = 0;
   int period2_ = 0;
 };
 
-// Layout: 1007 value (32-bit, req), 1538 holding one 1377 per limit (specified unless the
-// holder is missing or an entry does not read), 1573 grace period (specified unless it is
-// missing or does not read). Returns 0 whenever 1007 was read.
+// Layout: type as the value (32-bit, req), ugid_limits holding one ugid_limit per limit (specified unless the
+// holder is missing or an entry does not read), grace_periods (specified unless it is
+// missing or does not read). Returns 0 whenever the value was read.
 class KTR_EXPORT KTRUGIDQuotaInfo {
  public:
   int getValue() const { return value_; }
@@ -177,8 +164,8 @@ class KTR_EXPORT KTRUGIDQuotaInfo {
   MBQ::MBQOptionalProperty<KTRUGIDQuotaGracePeriod> gracePeriod_;
 };
 
-// Layout: 1026 name (req), 1007 second text (req), 1496 third text (ignored), 1328 body
-// (ignored).
+// Layout: key as the name (req), type (req), detail (lenient), content as the body
+// (lenient).
 class KTR_EXPORT KTRScript {
  public:
   const std::string& getName() const { return name_; }
@@ -190,12 +177,9 @@ class KTR_EXPORT KTRScript {
   const std::string& getContent() const { return content_; }
   void setContent(const std::string& v) { content_ = v; }
 
-  struct KTR_EXPORT Reader {
-    int operator()(const MBQ::MBQMessageIterator& it, KTRScript& script) const;
-  };
-  struct KTR_EXPORT Writer {
-    int operator()(MBQ::MBQMessageIterator& it, const KTRScript& script) const;
-  };
+  static const MBQ::MBQLayout<KTRScript>& layout();
+  using Reader = MBQ::MBQLayoutReader<KTRScript>;
+  using Writer = MBQ::MBQLayoutWriter<KTRScript>;
 
  private:
   std::string name_;

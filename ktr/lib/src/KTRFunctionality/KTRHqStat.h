@@ -4,7 +4,7 @@
 
 #include "KTRFunctionality/KTRExport.h"
 #include "MBQFunctionalityCore/MBQOperatorRecords.h"
-#include "MBQMessage/MBQMessageIterator.h"
+#include "MBQMessage/MBQLayout.h"
 
 // The statistics service's records: disk quotas, resource counters and CPU load of a
 // container. Every field is required: readers stop at the first missing or malformed element
@@ -12,8 +12,8 @@
 
 namespace KTR {
 
-// One quota, of disk space or of inodes. Layout: 1065, 1066, 1067 (64-bit), 1004 (32-bit),
-// "expire" (32-bit).
+// One quota, of disk space or of inodes: usage, soft_limit, hard_limit (64-bit), quota_extra
+// and "expire" (32-bit).
 class KTR_EXPORT KTRQuotaInfo {
  public:
   long long getUsage() const { return usage_; }
@@ -27,12 +27,9 @@ class KTR_EXPORT KTRQuotaInfo {
   int getExpire() const { return expire_; }
   void setExpire(int v) { expire_ = v; }
 
-  struct KTR_EXPORT Reader {
-    int operator()(const MBQ::MBQMessageIterator& it, KTRQuotaInfo& quota) const;
-  };
-  struct KTR_EXPORT Writer {
-    int operator()(MBQ::MBQMessageIterator& it, const KTRQuotaInfo& quota) const;
-  };
+  static const MBQ::MBQLayout<KTRQuotaInfo>& layout();
+  using Reader = MBQ::MBQLayoutReader<KTRQuotaInfo>;
+  using Writer = MBQ::MBQLayoutWriter<KTRQuotaInfo>;
 
  private:
   long long usage_ = 0;
@@ -42,7 +39,7 @@ class KTR_EXPORT KTRQuotaInfo {
   int expire_ = 0;
 };
 
-// Layout: "disk_space", "diks_inodes", 1579, each a KTRQuotaInfo. The inode quota's element
+// Three KTRQuotaInfo: "disk_space", "diks_inodes" and quota. The inode quota's element
 // name is spelled "diks_inodes" on purpose: the agents in the field exchange it so, and an
 // element under the correct spelling does not read.
 class KTR_EXPORT KTRQuotaStats {
@@ -54,12 +51,9 @@ class KTR_EXPORT KTRQuotaStats {
   const KTRQuotaInfo& getQuota3() const { return quota3_; }
   void setQuota3(const KTRQuotaInfo& q) { quota3_ = q; }
 
-  struct KTR_EXPORT Reader {
-    int operator()(const MBQ::MBQMessageIterator& it, KTRQuotaStats& stats) const;
-  };
-  struct KTR_EXPORT Writer {
-    int operator()(MBQ::MBQMessageIterator& it, const KTRQuotaStats& stats) const;
-  };
+  static const MBQ::MBQLayout<KTRQuotaStats>& layout();
+  using Reader = MBQ::MBQLayoutReader<KTRQuotaStats>;
+  using Writer = MBQ::MBQLayoutWriter<KTRQuotaStats>;
 
  private:
   KTRQuotaInfo spaceQuota_;
@@ -67,7 +61,7 @@ class KTR_EXPORT KTRQuotaStats {
   KTRQuotaInfo quota3_;
 };
 
-// One resource counter. Layout: 1010 name (text), 1065 value (64-bit).
+// One resource counter: name (text), then its value as usage (64-bit).
 class KTR_EXPORT KTRUbc {
  public:
   const std::string& getName() const { return name_; }
@@ -75,30 +69,24 @@ class KTR_EXPORT KTRUbc {
   long long getValue() const { return value_; }
   void setValue(long long v) { value_ = v; }
 
-  struct KTR_EXPORT Reader {
-    int operator()(const MBQ::MBQMessageIterator& it, KTRUbc& ubc) const;
-  };
-  struct KTR_EXPORT Writer {
-    int operator()(MBQ::MBQMessageIterator& it, const KTRUbc& ubc) const;
-  };
+  static const MBQ::MBQLayout<KTRUbc>& layout();
+  using Reader = MBQ::MBQLayoutReader<KTRUbc>;
+  using Writer = MBQ::MBQLayoutWriter<KTRUbc>;
 
  private:
   std::string name_;
   long long value_ = 0;
 };
 
-// A container's CPU load. Layout: the MBQCPULoad elements, then 1586 (64-bit).
+// A container's CPU load: the MBQCPULoad elements, then load_value (64-bit).
 class KTR_EXPORT KTRVeCPULoad : public MBQ::MBQCPULoad {
  public:
   long long getValue() const { return value_; }
   void setValue(long long v) { value_ = v; }
 
-  struct KTR_EXPORT Reader {
-    int operator()(const MBQ::MBQMessageIterator& it, KTRVeCPULoad& load) const;
-  };
-  struct KTR_EXPORT Writer {
-    int operator()(MBQ::MBQMessageIterator& it, const KTRVeCPULoad& load) const;
-  };
+  static const MBQ::MBQLayout<KTRVeCPULoad>& layout();
+  using Reader = MBQ::MBQLayoutReader<KTRVeCPULoad>;
+  using Writer = MBQ::MBQLayoutWriter<KTRVeCPULoad>;
 
  private:
   long long value_ = 0;

@@ -5,11 +5,12 @@ namespace KTR {
 
 namespace Tag = MBQ::Tag;
 
-namespace {
-
-using MBQ::MBQMessageIterator;
-
-}  // namespace
+using MBQ::lenient;
+using MBQ::list;
+using MBQ::listIn;
+using MBQ::optional;
+using MBQ::required;
+using MBQ::requiredList;
 
 // ---------------------------------------------------------------- KTRTemplate
 
@@ -19,72 +20,46 @@ int KTRTemplate::fromString(const std::string& text) {
   return 0;
 }
 
-int KTRTemplate::Reader::operator()(const MBQMessageIterator& it, KTRTemplate& record) const {
+const MBQ::MBQLayout<KTRTemplate>& KTRTemplate::layout() {
   // Templates named in a container file have no release, so its absence is not an error.
-  it.getValue(Tag::kRelease, record.release_);
-  return it.getValue(Tag::kKey, record.name_);
-}
-
-int KTRTemplate::Writer::operator()(MBQMessageIterator& it, const KTRTemplate& record) const {
-  if (it.setValue(Tag::kRelease, record.release_) != 0) return -1;
-  return it.setValue(Tag::kKey, record.name_);
+  static const MBQ::MBQLayout<KTRTemplate> layout{lenient(optional(Tag::kRelease, &KTRTemplate::release_)),
+                                                  required(Tag::kKey, &KTRTemplate::name_)};
+  return layout;
 }
 
 // ---------------------------------------------------------------- KTRPackage
 
 KTRPackage::~KTRPackage() = default;
 
-int KTRPackage::Reader::operator()(const MBQMessageIterator& it, KTRPackage& package) const {
-  package.texts_.clear();
-  MBQ::MBQReaderData(package.texts_, Tag::kPackageText, MBQ::MBQReaderOptional)(it, package.texts_);
-  it.getValue(Tag::kPackageFlag, package.flag_);
-  return KTRTemplate::Reader()(it, package);
-}
-
-int KTRPackage::Writer::operator()(MBQMessageIterator& it, const KTRPackage& package) const {
-  if (MBQ::MBQWriterData(package.texts_, Tag::kPackageText)(it, package.texts_) != 0) return -1;
-  if (it.setValue(Tag::kPackageFlag, package.flag_) != 0) return -1;
-  return KTRTemplate::Writer()(it, package);
+const MBQ::MBQLayout<KTRPackage>& KTRPackage::layout() {
+  static const MBQ::MBQLayout<KTRPackage> layout{lenient(list(Tag::kPackageText, &KTRPackage::texts_)),
+                                                 lenient(optional(Tag::kPackageFlag, &KTRPackage::flag_)),
+                                                 MBQ::base<KTRPackage, KTRTemplate>()};
+  return layout;
 }
 
 // ---------------------------------------------------------------- KTRPackageVersion
 
 KTRPackageVersion::~KTRPackageVersion() = default;
 
-int KTRPackageVersion::Reader::operator()(const MBQMessageIterator& it, KTRPackageVersion& version) const {
-  if (it.getValue(Tag::kVersionText, version.versionText_) != 0 && !lenient_) return -1;
-  if (it.getValue(Tag::kPrimaryFlag, version.primaryFlag_) != 0 && !lenient_) return -1;
-  it.getValue(Tag::kSecondaryFlag, version.secondaryFlag_);
-  version.templates_.clear();
-  const auto templates = MBQ::MBQReaderList(KTRTemplate::Reader(), Tag::kPackage, MBQ::MBQReaderOptional);
-  MBQ::MBQReaderID(templates, Tag::kTemplateList, MBQ::MBQReaderOptional)(it, version.templates_);
-  return 0;
-}
-
-int KTRPackageVersion::Writer::operator()(MBQMessageIterator& it, const KTRPackageVersion& version) const {
-  if (it.setValue(Tag::kVersionText, version.versionText_) != 0) return -1;
-  if (it.setValue(Tag::kPrimaryFlag, version.primaryFlag_) != 0) return -1;
-  if (it.setValue(Tag::kSecondaryFlag, version.secondaryFlag_) != 0) return -1;
+const MBQ::MBQLayout<KTRPackageVersion>& KTRPackageVersion::layout() {
+  using R = KTRPackageVersion;
   // The holder is written even for no templates; it reads back as an empty list either way.
-  const auto templates = MBQ::MBQWriterList(KTRTemplate::Writer(), Tag::kPackage);
-  return MBQ::MBQWriterID(templates, Tag::kTemplateList)(it, version.templates_);
+  static const MBQ::MBQLayout<R> layout{
+      required(Tag::kVersionText, &R::versionText_), required(Tag::kPrimaryFlag, &R::primaryFlag_),
+      lenient(optional(Tag::kSecondaryFlag, &R::secondaryFlag_)),
+      lenient(listIn(Tag::kTemplateList, Tag::kPackage, &R::templates_, KTRTemplate::Reader(), KTRTemplate::Writer()))};
+  return layout;
 }
 
 // ---------------------------------------------------------------- KTRPackageInfo
 
-int KTRPackageInfo::Reader::operator()(const MBQMessageIterator& it, KTRPackageInfo& info) const {
-  if (it.getValue(Tag::kKey, info.name_) != 0) return -1;
-  if (it.getValue(Tag::kDetail, info.detail_) != 0) return -1;
-  if (it.getValue(Tag::kType, info.type_) != 0) return -1;
-  info.versions_.clear();
-  return MBQ::MBQReaderList(KTRPackageVersion::Reader(), Tag::kRelease)(it, info.versions_);
-}
-
-int KTRPackageInfo::Writer::operator()(MBQMessageIterator& it, const KTRPackageInfo& info) const {
-  if (it.setValue(Tag::kKey, info.name_) != 0) return -1;
-  if (it.setValue(Tag::kDetail, info.detail_) != 0) return -1;
-  if (it.setValue(Tag::kType, info.type_) != 0) return -1;
-  return MBQ::MBQWriterList(KTRPackageVersion::Writer(), Tag::kRelease)(it, info.versions_);
+const MBQ::MBQLayout<KTRPackageInfo>& KTRPackageInfo::layout() {
+  using R = KTRPackageInfo;
+  static const MBQ::MBQLayout<R> layout{
+      required(Tag::kKey, &R::name_), required(Tag::kDetail, &R::detail_), required(Tag::kType, &R::type_),
+      requiredList(Tag::kRelease, &R::versions_, KTRPackageVersion::Reader(), KTRPackageVersion::Writer())};
+  return layout;
 }
 
 }  // namespace KTR

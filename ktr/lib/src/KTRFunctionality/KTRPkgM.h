@@ -5,20 +5,19 @@
 #include <vector>
 
 #include "KTRFunctionality/KTRExport.h"
-#include "MBQMessage/MBQMessageIterator.h"
+#include "MBQMessage/MBQLayout.h"
 
 // The records of the package manager: templates and packages as the node names them, the
 // versions of a package and what the node knows about one package. (The package manager
 // interface itself, KTRPkgM, is in KTRManagers.h.)
 //
-// Element layouts are listed with each record, in reading order; writers emit the same
-// elements in the same order. Numbers are ids of the tag table, quoted names element names.
+// Element layouts are listed with each record, in reading order, by element name; writers
+// emit the same elements in the same order, and layout() in the .cpp file is the authority.
 // "req": a missing or malformed element makes the reader return -1 at once, fields read
-// before it keeping their new values; "ignored": read, result not looked at, so a missing or
-// malformed element leaves the field as it was; "as found": never fails the record: a list
-// becomes exactly the items present up to the first one that does not read (none: empty), a
-// single value is read when present and otherwise keeps its value. Booleans are written as
-// 0/1.
+// before it keeping their new values; "lenient": never fails the record: a list becomes
+// exactly the items present up to the first one that does not read (none: empty), a single
+// value is read when present and well-formed and otherwise keeps its value. Booleans are
+// written as 0/1.
 
 namespace KTR {
 
@@ -26,7 +25,7 @@ namespace KTR {
 // "centos-7-x86_64") and a release text. Text form: the name alone, as the container file
 // names templates.
 //
-// Layout: 1223 release (ignored: templates named in a container file have none), 1026 name
+// Layout: release (lenient: templates named in a container file have none), key as the name
 // (req).
 class KTR_EXPORT KTRTemplate {
  public:
@@ -48,12 +47,9 @@ class KTR_EXPORT KTRTemplate {
   bool operator<(const KTRTemplate& o) const { return name_ < o.name_ || (name_ == o.name_ && release_ < o.release_); }
 
   // Tag 1223 (release; a failure is ignored) then tag 1026 (name; its result is the reader's).
-  struct KTR_EXPORT Reader {
-    int operator()(const MBQ::MBQMessageIterator& it, KTRTemplate& record) const;
-  };
-  struct KTR_EXPORT Writer {
-    int operator()(MBQ::MBQMessageIterator& it, const KTRTemplate& record) const;
-  };
+  static const MBQ::MBQLayout<KTRTemplate>& layout();
+  using Reader = MBQ::MBQLayoutReader<KTRTemplate>;
+  using Writer = MBQ::MBQLayoutWriter<KTRTemplate>;
 
  private:
   std::string name_;
@@ -62,8 +58,8 @@ class KTR_EXPORT KTRTemplate {
 
 // A package of a template: the template's name and release plus a list of texts and a flag.
 //
-// Layout: 1511 one element per text (as found), 1118 flag (as found), then the KTRTemplate
-// elements (1223 ignored, 1026 req) in the same element.
+// Layout: package_text, one per text (lenient), package_flag (lenient), then the KTRTemplate
+// elements (release lenient, key req) in the same element.
 class KTR_EXPORT KTRPackage : public KTRTemplate {
  public:
   KTRPackage() = default;
@@ -84,12 +80,9 @@ class KTR_EXPORT KTRPackage : public KTRTemplate {
   }
 
   // Returns the KTRTemplate part's result.
-  struct KTR_EXPORT Reader {
-    int operator()(const MBQ::MBQMessageIterator& it, KTRPackage& package) const;
-  };
-  struct KTR_EXPORT Writer {
-    int operator()(MBQ::MBQMessageIterator& it, const KTRPackage& package) const;
-  };
+  static const MBQ::MBQLayout<KTRPackage>& layout();
+  using Reader = MBQ::MBQLayoutReader<KTRPackage>;
+  using Writer = MBQ::MBQLayoutWriter<KTRPackage>;
 
  private:
   std::vector<std::string> texts_;
@@ -98,10 +91,10 @@ class KTR_EXPORT KTRPackage : public KTRTemplate {
 
 // One version of a package: its version text, two flags and the templates it belongs to.
 //
-// Layout: 1497 version text (req), 1498 first flag (req), 1499 second flag (ignored), 1509
-// holding one 1295 element per template (KTRTemplate; the holder and the list as found).
-// A lenient reader (Reader(true)) ignores failures of 1497 and 1498 too, for peers that send
-// only the templates.
+// Layout: version_text (req), primary_flag (req), secondary_flag (lenient), template_list
+// holding one package element per template (KTRTemplate; the holder and the list lenient).
+// A lenient reader (Reader(true)) reads every element leniently, for peers that send only
+// the templates.
 class KTR_EXPORT KTRPackageVersion {
  public:
   KTRPackageVersion() = default;
@@ -123,17 +116,18 @@ class KTR_EXPORT KTRPackageVersion {
            a.secondaryFlag_ == b.secondaryFlag_ && a.templates_ == b.templates_;
   }
 
-  struct KTR_EXPORT Reader {
+  static const MBQ::MBQLayout<KTRPackageVersion>& layout();
+  struct Reader {
     explicit Reader(bool lenient = false) : lenient_(lenient) {}
     bool isLenient() const { return lenient_; }
-    int operator()(const MBQ::MBQMessageIterator& it, KTRPackageVersion& version) const;
+    int operator()(const MBQ::MBQMessageIterator& it, KTRPackageVersion& version) const {
+      return lenient_ ? layout().readLeniently(it, version) : layout().read(it, version);
+    }
 
    private:
     bool lenient_;
   };
-  struct KTR_EXPORT Writer {
-    int operator()(MBQ::MBQMessageIterator& it, const KTRPackageVersion& version) const;
-  };
+  using Writer = MBQ::MBQLayoutWriter<KTRPackageVersion>;
 
  private:
   std::string versionText_;
@@ -144,7 +138,7 @@ class KTR_EXPORT KTRPackageVersion {
 
 // What the node knows about one package: its name, two texts and its versions.
 //
-// Layout: 1026 name (req), 1496 detail (req), 1007 type (req), then one 1223 element per
+// Layout: key as the name (req), detail (req), type (req), then one release element per
 // version (KTRPackageVersion, read strictly). The version list decides the reader's result:
 // no version at all, or a version that does not read, is -1 (the versions before it are kept).
 class KTR_EXPORT KTRPackageInfo {
@@ -164,12 +158,9 @@ class KTR_EXPORT KTRPackageInfo {
     return a.name_ == b.name_ && a.detail_ == b.detail_ && a.type_ == b.type_ && a.versions_ == b.versions_;
   }
 
-  struct KTR_EXPORT Reader {
-    int operator()(const MBQ::MBQMessageIterator& it, KTRPackageInfo& info) const;
-  };
-  struct KTR_EXPORT Writer {
-    int operator()(MBQ::MBQMessageIterator& it, const KTRPackageInfo& info) const;
-  };
+  static const MBQ::MBQLayout<KTRPackageInfo>& layout();
+  using Reader = MBQ::MBQLayoutReader<KTRPackageInfo>;
+  using Writer = MBQ::MBQLayoutWriter<KTRPackageInfo>;
 
  private:
   std::string name_;

@@ -5,27 +5,13 @@ namespace KTR {
 
 namespace Tag = MBQ::Tag;
 
-namespace {
-
-}  // namespace
-
-int KTRProblemReportData::Reader::operator()(const MBQ::MBQMessageIterator& it, KTRProblemReportData& r) const {
-  if (it.getValue(Tag::kKey, r.text1_) != 0) return -1;
-  if (it.getValue(Tag::kReportText2, r.text2_) != 0) return -1;
-  if (it.getValue(Tag::kReportText3, r.text3_) != 0) return -1;
-  if (it.getValue(Tag::kReportText4, r.text4_) != 0) return -1;
-  if (it.getValue(Tag::kReportText5, r.text5_) != 0) return -1;
-  it.getObj(r.text6_, Tag::kReportText6);
-  return 0;
-}
-
-int KTRProblemReportData::Writer::operator()(MBQ::MBQMessageIterator& it, const KTRProblemReportData& r) const {
-  if (it.setValue(Tag::kKey, r.text1_) != 0) return -1;
-  if (it.setValue(Tag::kReportText2, r.text2_) != 0) return -1;
-  if (it.setValue(Tag::kReportText3, r.text3_) != 0) return -1;
-  if (it.setValue(Tag::kReportText4, r.text4_) != 0) return -1;
-  if (it.setValue(Tag::kReportText5, r.text5_) != 0) return -1;
-  return MBQ::MBQWriterID(MBQ::MBQDefaultWriter<MBQ::MBQOptionalProperty<std::string>>(), Tag::kReportText6)(it, r.text6_);
+const MBQ::MBQLayout<KTRProblemReportData>& KTRProblemReportData::layout() {
+  using R = KTRProblemReportData;
+  using MBQ::required;
+  static const MBQ::MBQLayout<R> layout{required(Tag::kKey, &R::text1_),         required(Tag::kReportText2, &R::text2_),
+                                        required(Tag::kReportText3, &R::text3_), required(Tag::kReportText4, &R::text4_),
+                                        required(Tag::kReportText5, &R::text5_), MBQ::optional(Tag::kReportText6, &R::text6_)};
+  return layout;
 }
 
 }  // namespace KTR

@@ -3,15 +3,15 @@
 #include <string>
 
 #include "KTRFunctionality/KTRExport.h"
-#include "MBQMessage/MBQMessageIterator.h"
+#include "MBQMessage/MBQLayout.h"
 #include "MBQMessage/MBQOptionalProperty.h"
 
 // The support service's problem report.
 
 namespace KTR {
 
-// Layout: 1026, 1315, 1099, 1347, 1813 (texts, all required: the first missing one fails the
-// reader with -1), 1632 (optional text, written only when specified).
+// Five required texts (key, report_text2 to report_text5: the first missing one fails the read),
+// then report_text6, optional and written only when specified.
 class KTR_EXPORT KTRProblemReportData {
  public:
   const std::string& getText1() const { return text1_; }
@@ -27,12 +27,9 @@ class KTR_EXPORT KTRProblemReportData {
   const MBQ::MBQOptionalProperty<std::string>& getText6() const { return text6_; }
   void setText6(const MBQ::MBQOptionalProperty<std::string>& v) { text6_ = v; }
 
-  struct KTR_EXPORT Reader {
-    int operator()(const MBQ::MBQMessageIterator& it, KTRProblemReportData& report) const;
-  };
-  struct KTR_EXPORT Writer {
-    int operator()(MBQ::MBQMessageIterator& it, const KTRProblemReportData& report) const;
-  };
+  static const MBQ::MBQLayout<KTRProblemReportData>& layout();
+  using Reader = MBQ::MBQLayoutReader<KTRProblemReportData>;
+  using Writer = MBQ::MBQLayoutWriter<KTRProblemReportData>;
 
  private:
   std::string text1_;
