@@ -150,6 +150,25 @@ class Lenient final : public MBQLayoutElement<R> {
   MBQLayoutPart<R> inner_;
 };
 
+// A flag that travels as the presence of an empty element.
+template <class R, class ID>
+class Marker final : public MBQLayoutElement<R> {
+ public:
+  Marker(ID id, bool R::*member) : id_(std::move(id)), member_(member) {}
+  int read(const MBQMessageIterator& it, R& record) const override {
+    record.*member_ = it.hasChild(id_);
+    return 0;
+  }
+  int write(MBQMessageIterator& it, const R& record) const override {
+    return record.*member_ ? it.addChild(id_) : 0;
+  }
+  MBQLayoutEntry entry() const override { return {elementName(id_), false, false}; }
+
+ private:
+  ID id_;
+  bool R::*member_;
+};
+
 // The part of a record that its base class reads and writes in place.
 template <class R, class Base>
 class BasePart final : public MBQLayoutElement<R> {
@@ -243,6 +262,12 @@ MBQLayoutPart<R> listIn(const K& holder, const I& item, C R::*member, const Item
 template <class R>
 MBQLayoutPart<R> lenient(MBQLayoutPart<R> part) {
   return std::make_shared<layout_detail::Lenient<R>>(std::move(part));
+}
+
+// A flag that is true exactly when an (empty) element is there; written only when true.
+template <class R, class K>
+MBQLayoutPart<R> marker(const K& key, bool R::*member) {
+  return std::make_shared<layout_detail::Marker<R, layout_detail::KeyOf<K>>>(layout_detail::KeyOf<K>(key), member);
 }
 
 // The base class's own elements, read and written in place before (or where listed among) the

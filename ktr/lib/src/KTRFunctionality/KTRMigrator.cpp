@@ -6,6 +6,8 @@
 namespace KTR {
 
 namespace Tag = MBQ::Tag;
+using MBQ::lenient;
+using MBQ::optional;
 
 namespace {
 
@@ -33,42 +35,26 @@ int KTRMigratorCloneOptions::Writer::operator()(MBQMessageIterator& it, const KT
   return MBQ::MBQWriterData(o.ids_, Tag::kVeid)(it, o.ids_);
 }
 
-int KTRExcludePath::Reader::operator()(const MBQMessageIterator& it, KTRExcludePath& p) const {
-  it.getValue(Tag::kPath, p.path_);
-  it.getObj(p.flag_, Tag::kExcludeFlag);
-  return 0;
+const MBQ::MBQLayout<KTRExcludePath>& KTRExcludePath::layout() {
+  static const MBQ::MBQLayout<KTRExcludePath> layout{lenient(optional(Tag::kPath, &KTRExcludePath::path_)),
+                                                     optional(Tag::kExcludeFlag, &KTRExcludePath::flag_)};
+  return layout;
 }
 
-int KTRExcludePath::Writer::operator()(MBQMessageIterator& it, const KTRExcludePath& p) const {
-  if (it.setValue(Tag::kPath, p.path_) != 0) return -1;
-  return MBQ::MBQWriterID(MBQ::MBQDefaultWriter<MBQ::MBQOptionalProperty<bool>>(), Tag::kExcludeFlag)(it, p.flag_);
+const MBQ::MBQLayout<KTRCalculateHWNodeWarning>& KTRCalculateHWNodeWarning::layout() {
+  static const MBQ::MBQLayout<KTRCalculateHWNodeWarning> layout{
+      lenient(optional(Tag::kNote, &KTRCalculateHWNodeWarning::text_)),
+      lenient(optional(Tag::kCode, &KTRCalculateHWNodeWarning::code_))};
+  return layout;
 }
 
-int KTRCalculateHWNodeWarning::Reader::operator()(const MBQMessageIterator& it, KTRCalculateHWNodeWarning& w) const {
-  it.getValue(Tag::kNote, w.text_);
-  it.getValue(Tag::kCode, w.code_);
-  return 0;
-}
-
-int KTRCalculateHWNodeWarning::Writer::operator()(MBQMessageIterator& it, const KTRCalculateHWNodeWarning& w) const {
-  if (it.setValue(Tag::kNote, w.text_) != 0) return -1;
-  return it.setValue(Tag::kCode, w.code_);
-}
-
-int KTRCalculateHWNodeNotes::Reader::operator()(const MBQMessageIterator& it, KTRCalculateHWNodeNotes& n) const {
-  if (MBQ::MBQCalculateHWNodeNotes::Reader()(it, n) != 0) return -1;
-  n.excludePaths_.clear();
-  MBQ::MBQReaderList(KTRExcludePath::Reader(), Tag::kExcludePath, MBQ::MBQReaderOptional)(it, n.excludePaths_);
-  n.warnings_.clear();
-  MBQ::MBQReaderList(KTRCalculateHWNodeWarning::Reader(), Tag::kWarning, MBQ::MBQReaderOptional)(it, n.warnings_);
-  return 0;
-}
-
-int KTRCalculateHWNodeNotes::Writer::operator()(MBQMessageIterator& it, const KTRCalculateHWNodeNotes& n) const {
-  // The core part goes into this element untyped, so the element keeps "hw_notesType".
-  if (MBQ::MBQCalculateHWNodeNotes::Writer()(it, n) != 0) return -1;
-  if (MBQ::MBQWriterList(KTRExcludePath::Writer(), Tag::kExcludePath)(it, n.excludePaths_) != 0) return -1;
-  return MBQ::MBQWriterList(KTRCalculateHWNodeWarning::Writer(), Tag::kWarning)(it, n.warnings_);
+// The core part goes into this element untyped, so the element keeps "hw_notesType".
+const MBQ::MBQLayout<KTRCalculateHWNodeNotes>& KTRCalculateHWNodeNotes::layout() {
+  using R = KTRCalculateHWNodeNotes;
+  static const MBQ::MBQLayout<R> layout{MBQ::base<R, MBQ::MBQCalculateHWNodeNotes>(),
+                                        lenient(MBQ::list(Tag::kExcludePath, &R::excludePaths_)),
+                                        lenient(MBQ::list(Tag::kWarning, &R::warnings_))};
+  return layout;
 }
 
 }  // namespace KTR

@@ -8,7 +8,7 @@
 #include "KTRFunctionality/KTREnvConfig.h"
 #include "KTRFunctionality/KTRExport.h"
 #include "MBQFunctionalityCore/MBQOperatorRecords.h"
-#include "MBQMessage/MBQMessageIterator.h"
+#include "MBQMessage/MBQLayout.h"
 #include "MBQMessage/MBQNamespaces.h"
 #include "MBQMessage/MBQOptionalProperty.h"
 
@@ -22,10 +22,10 @@
 namespace KTR {
 
 // Schema type "clone_optionsType" (relocator namespace). Layout: the MBQMigratorCloneOptions
-// elements (req), 1857 flag (true exactly when present; always assigned; written empty only
-// when specified and true), 1185 the clone's configuration, one 1002 per container id.
+// elements (req), clone_flag (true exactly when present; always assigned; written empty only
+// when specified and true), env_config, the clone's configuration, one veid per container id.
 //
-// Reading never leaves the configuration null (a message without 1185 gets an empty one) and
+// Reading never leaves the configuration null (a message without env_config gets an empty one) and
 // adds the ids to the set: ids already there stay, each id is there once.
 class KTR_EXPORT KTRMigratorCloneOptions : public MBQ::MBQMigratorCloneOptions {
  public:
@@ -53,7 +53,7 @@ class KTR_EXPORT KTRMigratorCloneOptions : public MBQ::MBQMigratorCloneOptions {
   std::set<std::string> ids_;
 };
 
-// A path left out of a migration. Layout: 1156 path (text, ignored), 1818 flag (optional).
+// A path left out of a migration. Layout: path (text, lenient), exclude_flag (optional).
 class KTR_EXPORT KTRExcludePath {
  public:
   const std::string& getPath() const { return path_; }
@@ -61,19 +61,16 @@ class KTR_EXPORT KTRExcludePath {
   const MBQ::MBQOptionalProperty<bool>& getFlag() const { return flag_; }
   void setFlag(const MBQ::MBQOptionalProperty<bool>& flag) { flag_ = flag; }
 
-  struct KTR_EXPORT Reader {
-    int operator()(const MBQ::MBQMessageIterator& it, KTRExcludePath& path) const;
-  };
-  struct KTR_EXPORT Writer {
-    int operator()(MBQ::MBQMessageIterator& it, const KTRExcludePath& path) const;
-  };
+  static const MBQ::MBQLayout<KTRExcludePath>& layout();
+  using Reader = MBQ::MBQLayoutReader<KTRExcludePath>;
+  using Writer = MBQ::MBQLayoutWriter<KTRExcludePath>;
 
  private:
   std::string path_;
   MBQ::MBQOptionalProperty<bool> flag_;
 };
 
-// Layout: 1224 text, 1405 code (32-bit); both ignored, so the reader always returns 0.
+// Layout: note as the text, code (32-bit); both lenient, so the reader always returns 0.
 class KTR_EXPORT KTRCalculateHWNodeWarning {
  public:
   const std::string& getText() const { return text_; }
@@ -81,12 +78,9 @@ class KTR_EXPORT KTRCalculateHWNodeWarning {
   int getCode() const { return code_; }
   void setCode(int code) { code_ = code; }
 
-  struct KTR_EXPORT Reader {
-    int operator()(const MBQ::MBQMessageIterator& it, KTRCalculateHWNodeWarning& warning) const;
-  };
-  struct KTR_EXPORT Writer {
-    int operator()(MBQ::MBQMessageIterator& it, const KTRCalculateHWNodeWarning& warning) const;
-  };
+  static const MBQ::MBQLayout<KTRCalculateHWNodeWarning>& layout();
+  using Reader = MBQ::MBQLayoutReader<KTRCalculateHWNodeWarning>;
+  using Writer = MBQ::MBQLayoutWriter<KTRCalculateHWNodeWarning>;
 
  private:
   std::string text_;
@@ -94,7 +88,7 @@ class KTR_EXPORT KTRCalculateHWNodeWarning {
 };
 
 // Schema type "hw_notesType" (relocator namespace). Layout: the MBQCalculateHWNodeNotes
-// elements (req), one 1346 per excluded path, one 1480 per warning. The lists are read as
+// elements (req), one exclude_path per excluded path, one warning per warning. The lists are read as
 // found (entries up to the first that does not read).
 class KTR_EXPORT KTRCalculateHWNodeNotes : public MBQ::MBQCalculateHWNodeNotes {
  public:
@@ -103,15 +97,13 @@ class KTR_EXPORT KTRCalculateHWNodeNotes : public MBQ::MBQCalculateHWNodeNotes {
   const std::vector<KTRCalculateHWNodeWarning>& getWarnings() const { return warnings_; }
   void setWarnings(const std::vector<KTRCalculateHWNodeWarning>& warnings) { warnings_ = warnings; }
 
-  struct KTR_EXPORT Reader {
-    int operator()(const MBQ::MBQMessageIterator& it, KTRCalculateHWNodeNotes& notes) const;
-  };
-  struct KTR_EXPORT Writer {
+  static const MBQ::MBQLayout<KTRCalculateHWNodeNotes>& layout();
+  using Reader = MBQ::MBQLayoutReader<KTRCalculateHWNodeNotes>;
+  struct KTR_EXPORT Writer : MBQ::MBQLayoutWriter<KTRCalculateHWNodeNotes> {
     const char* getStrNSID() const { return MBQ::kRelocatorNamespace; }
     const char* getStrTypeID() const { return "hw_notesType"; }
     int getNSID() const { return 0; }
     int getTypeID() const { return 0; }
-    int operator()(MBQ::MBQMessageIterator& it, const KTRCalculateHWNodeNotes& notes) const;
   };
 
  private:

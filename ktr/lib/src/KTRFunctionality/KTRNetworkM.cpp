@@ -6,71 +6,45 @@
 namespace KTR {
 
 namespace Tag = MBQ::Tag;
+using MBQ::lenient;
+using MBQ::list;
+using MBQ::optional;
+using MBQ::required;
 
 namespace {
 
-using MBQ::MBQMessageIterator;
 constexpr const char* kNetDeviceId = "net_device_id";
-
-// Empty lists are valid (a node without shaping), a broken entry is not.
-template <class Record>
-int readEntries(const MBQMessageIterator& it, int id, std::vector<Record>& entries) {
-  std::vector<Record> read;
-  if (MBQ::MBQReaderList(typename Record::Reader(), id, MBQ::MBQReaderOptional)(it, read) != 0) return -1;
-  entries = std::move(read);
-  return 0;
-}
 
 }  // namespace
 
-int KTRNetworkShapingIPRange::Reader::operator()(const MBQMessageIterator& it, KTRNetworkShapingIPRange& r) const {
-  if (it.getValue(Tag::kRangeText, r.text_) != 0) return -1;
-  if (MBQ::MBQReaderID(MBQ::MBQReaderIPAddress(), Tag::kAddress)(it, r.address_) != 0) return -1;
-  it.getValue(Tag::kRangeParam, r.param_);
-  return 0;
+const MBQ::MBQLayout<KTRNetworkShapingIPRange>& KTRNetworkShapingIPRange::layout() {
+  using R = KTRNetworkShapingIPRange;
+  static const MBQ::MBQLayout<R> layout{
+      required(Tag::kRangeText, &R::text_),
+      required(Tag::kAddress, &R::address_, MBQ::MBQReaderIPAddress(), MBQ::MBQWriterIPAddress()),
+      lenient(optional(Tag::kRangeParam, &R::param_))};
+  return layout;
 }
 
-int KTRNetworkShapingIPRange::Writer::operator()(MBQMessageIterator& it, const KTRNetworkShapingIPRange& r) const {
-  if (it.setValue(Tag::kRangeText, r.text_) != 0) return -1;
-  if (MBQ::MBQWriterID(MBQ::MBQWriterIPAddress(), Tag::kAddress)(it, r.address_) != 0) return -1;
-  return it.setValue(Tag::kRangeParam, r.param_);
+const MBQ::MBQLayout<KTRNetworkShapingClass>& KTRNetworkShapingClass::layout() {
+  using R = KTRNetworkShapingClass;
+  static const MBQ::MBQLayout<R> layout{required(Tag::kName, &R::name_), lenient(optional(Tag::kClassRate1, &R::rate1_)),
+                                        lenient(optional(Tag::kClassRate2, &R::rate2_))};
+  return layout;
 }
 
-int KTRNetworkShapingClass::Reader::operator()(const MBQMessageIterator& it, KTRNetworkShapingClass& r) const {
-  if (it.getValue(Tag::kName, r.name_) != 0) return -1;
-  it.getValue(Tag::kClassRate1, r.rate1_);
-  it.getValue(Tag::kClassRate2, r.rate2_);
-  return 0;
+const MBQ::MBQLayout<KTRNetworkInterfaceShaping>& KTRNetworkInterfaceShaping::layout() {
+  using R = KTRNetworkInterfaceShaping;
+  static const MBQ::MBQLayout<R> layout{required(kNetDeviceId, &R::device_), required(Tag::kBandwidth, &R::rate_)};
+  return layout;
 }
 
-int KTRNetworkShapingClass::Writer::operator()(MBQMessageIterator& it, const KTRNetworkShapingClass& r) const {
-  if (it.setValue(Tag::kName, r.name_) != 0) return -1;
-  if (it.setValue(Tag::kClassRate1, r.rate1_) != 0) return -1;
-  return it.setValue(Tag::kClassRate2, r.rate2_);
-}
-
-int KTRNetworkInterfaceShaping::Reader::operator()(const MBQMessageIterator& it, KTRNetworkInterfaceShaping& r) const {
-  if (it.getValue(kNetDeviceId, r.device_) != 0) return -1;
-  return it.getValue(Tag::kBandwidth, r.rate_);
-}
-
-int KTRNetworkInterfaceShaping::Writer::operator()(MBQMessageIterator& it, const KTRNetworkInterfaceShaping& r) const {
-  if (it.setValue(kNetDeviceId, r.device_) != 0) return -1;
-  return it.setValue(Tag::kBandwidth, r.rate_);
-}
-
-int KTRNetConfiguration::Reader::operator()(const MBQMessageIterator& it, KTRNetConfiguration& r) const {
-  r.flag_ = it.hasChild(Tag::kShapingFlag);
-  if (readEntries(it, Tag::kIpRange, r.ranges_) != 0) return -1;
-  if (readEntries(it, Tag::kShapingClass, r.classes_) != 0) return -1;
-  return readEntries(it, Tag::kIfaceShaping, r.interfaces_);
-}
-
-int KTRNetConfiguration::Writer::operator()(MBQMessageIterator& it, const KTRNetConfiguration& r) const {
-  if (r.flag_ && it.addChild(Tag::kShapingFlag) != 0) return -1;
-  if (MBQ::MBQWriterList(KTRNetworkShapingIPRange::Writer(), Tag::kIpRange)(it, r.ranges_) != 0) return -1;
-  if (MBQ::MBQWriterList(KTRNetworkShapingClass::Writer(), Tag::kShapingClass)(it, r.classes_) != 0) return -1;
-  return MBQ::MBQWriterList(KTRNetworkInterfaceShaping::Writer(), Tag::kIfaceShaping)(it, r.interfaces_);
+// Empty lists are valid (a node without shaping), a broken entry is not.
+const MBQ::MBQLayout<KTRNetConfiguration>& KTRNetConfiguration::layout() {
+  using R = KTRNetConfiguration;
+  static const MBQ::MBQLayout<R> layout{MBQ::marker(Tag::kShapingFlag, &R::flag_), list(Tag::kIpRange, &R::ranges_),
+                                        list(Tag::kShapingClass, &R::classes_), list(Tag::kIfaceShaping, &R::interfaces_)};
+  return layout;
 }
 
 }  // namespace KTR

@@ -5,18 +5,18 @@
 
 #include "KTRFunctionality/KTRExport.h"
 #include "MBQCore/MBQIPAddress.h"
-#include "MBQMessage/MBQMessageIterator.h"
+#include "MBQMessage/MBQLayout.h"
 
 // The network manager's traffic shaping configuration: address ranges assigned to shaping
 // classes, the classes with their two rates, and each interface's own rate.
 //
 // Layouts in reading order; writers emit the same elements. "req": a missing or malformed
-// element fails the reader (-1) at once; "ignored": a failure leaves the field as it was.
+// element fails the reader (-1) at once; "lenient": a failure leaves the field as it was.
 
 namespace KTR {
 
-// Layout: 1417 text (req), 2047 address (req; any non-blank text reads, see
-// MBQCoreValueCodec.h), 1034 text (ignored).
+// Layout: range_text (req), address (req; any non-blank text reads, see
+// MBQCoreValueCodec.h), range_param (lenient).
 class KTR_EXPORT KTRNetworkShapingIPRange {
  public:
   const std::string& getText() const { return text_; }
@@ -26,12 +26,9 @@ class KTR_EXPORT KTRNetworkShapingIPRange {
   const std::string& getParam() const { return param_; }
   void setParam(const std::string& param) { param_ = param; }
 
-  struct KTR_EXPORT Reader {
-    int operator()(const MBQ::MBQMessageIterator& it, KTRNetworkShapingIPRange& range) const;
-  };
-  struct KTR_EXPORT Writer {
-    int operator()(MBQ::MBQMessageIterator& it, const KTRNetworkShapingIPRange& range) const;
-  };
+  static const MBQ::MBQLayout<KTRNetworkShapingIPRange>& layout();
+  using Reader = MBQ::MBQLayoutReader<KTRNetworkShapingIPRange>;
+  using Writer = MBQ::MBQLayoutWriter<KTRNetworkShapingIPRange>;
 
  private:
   std::string text_;
@@ -39,7 +36,7 @@ class KTR_EXPORT KTRNetworkShapingIPRange {
   std::string param_;
 };
 
-// Layout: 1010 name (req), 1251 and 1252 rates (64-bit, ignored).
+// Layout: name (req), class_rate1 and class_rate2 (64-bit, lenient).
 class KTR_EXPORT KTRNetworkShapingClass {
  public:
   const std::string& getName() const { return name_; }
@@ -49,12 +46,9 @@ class KTR_EXPORT KTRNetworkShapingClass {
   long long getRate2() const { return rate2_; }
   void setRate2(long long rate) { rate2_ = rate; }
 
-  struct KTR_EXPORT Reader {
-    int operator()(const MBQ::MBQMessageIterator& it, KTRNetworkShapingClass& shapingClass) const;
-  };
-  struct KTR_EXPORT Writer {
-    int operator()(MBQ::MBQMessageIterator& it, const KTRNetworkShapingClass& shapingClass) const;
-  };
+  static const MBQ::MBQLayout<KTRNetworkShapingClass>& layout();
+  using Reader = MBQ::MBQLayoutReader<KTRNetworkShapingClass>;
+  using Writer = MBQ::MBQLayoutWriter<KTRNetworkShapingClass>;
 
  private:
   std::string name_;
@@ -62,7 +56,7 @@ class KTR_EXPORT KTRNetworkShapingClass {
   long long rate2_ = 0;
 };
 
-// Layout: "net_device_id" device (req), 1070 rate (64-bit, req).
+// Layout: "net_device_id" device (req), bandwidth as the rate (64-bit, req).
 class KTR_EXPORT KTRNetworkInterfaceShaping {
  public:
   const std::string& getDevice() const { return device_; }
@@ -70,20 +64,17 @@ class KTR_EXPORT KTRNetworkInterfaceShaping {
   long long getRate() const { return rate_; }
   void setRate(long long rate) { rate_ = rate; }
 
-  struct KTR_EXPORT Reader {
-    int operator()(const MBQ::MBQMessageIterator& it, KTRNetworkInterfaceShaping& shaping) const;
-  };
-  struct KTR_EXPORT Writer {
-    int operator()(MBQ::MBQMessageIterator& it, const KTRNetworkInterfaceShaping& shaping) const;
-  };
+  static const MBQ::MBQLayout<KTRNetworkInterfaceShaping>& layout();
+  using Reader = MBQ::MBQLayoutReader<KTRNetworkInterfaceShaping>;
+  using Writer = MBQ::MBQLayoutWriter<KTRNetworkInterfaceShaping>;
 
  private:
   std::string device_;
   long long rate_ = 0;
 };
 
-// Layout: 1248 (true exactly when present; written empty only when true), one 1253 per range,
-// one 1094 per class, one 1250 per interface. A list may be empty; one entry that does not
+// Layout: shaping_flag (true exactly when present; written empty only when true), one ip_range
+// per range, one shaping_class per class, one iface_shaping per interface. A list may be empty; one entry that does not
 // read fails the whole configuration.
 class KTR_EXPORT KTRNetConfiguration {
  public:
@@ -96,12 +87,9 @@ class KTR_EXPORT KTRNetConfiguration {
   const std::vector<KTRNetworkInterfaceShaping>& getInterfaces() const { return interfaces_; }
   void setInterfaces(const std::vector<KTRNetworkInterfaceShaping>& interfaces) { interfaces_ = interfaces; }
 
-  struct KTR_EXPORT Reader {
-    int operator()(const MBQ::MBQMessageIterator& it, KTRNetConfiguration& config) const;
-  };
-  struct KTR_EXPORT Writer {
-    int operator()(MBQ::MBQMessageIterator& it, const KTRNetConfiguration& config) const;
-  };
+  static const MBQ::MBQLayout<KTRNetConfiguration>& layout();
+  using Reader = MBQ::MBQLayoutReader<KTRNetConfiguration>;
+  using Writer = MBQ::MBQLayoutWriter<KTRNetConfiguration>;
 
  private:
   bool flag_ = false;
