@@ -101,7 +101,7 @@ inline std::string elementName(const std::string& name) { return name; }
 template <class K>
 using KeyOf = std::conditional_t<std::is_integral<K>::value, int, std::string>;
 
-// A member read and written by a by-id (or list) reader and writer.
+// A member read and written by a reader and writer of its own: by-id, list or in place.
 template <class R, class T, class Reader, class Writer>
 class Child final : public MBQLayoutElement<R> {
  public:
@@ -268,6 +268,13 @@ MBQLayoutPart<R> lenient(MBQLayoutPart<R> part) {
 template <class R, class K>
 MBQLayoutPart<R> marker(const K& key, bool R::*member) {
   return std::make_shared<layout_detail::Marker<R, layout_detail::KeyOf<K>>>(layout_detail::KeyOf<K>(key), member);
+}
+
+// A member whose reader and writer work on the record's own element: `entry` says what they
+// look for there.
+template <class R, class T, class Reader, class Writer>
+MBQLayoutPart<R> inPlace(T R::*member, const Reader& reader, const Writer& writer, MBQLayoutEntry entry) {
+  return std::make_shared<layout_detail::Child<R, T, Reader, Writer>>(member, reader, writer, std::move(entry));
 }
 
 // The base class's own elements, read and written in place before (or where listed among) the

@@ -1,6 +1,7 @@
 #include "KTRFunctionality/KTRUp2date.h"
 
 #include <algorithm>
+#include <optional>
 #include <utility>
 
 #include "MBQMessage/MBQDerivedParsers.h"
@@ -9,6 +10,9 @@
 namespace KTR {
 
 namespace Tag = MBQ::Tag;
+using MBQ::lenient;
+using MBQ::optional;
+using MBQ::required;
 
 namespace {
 
@@ -26,21 +30,6 @@ constexpr const char* kBaseUrl = "base_url";
 constexpr const char* kRepository = "repository";
 constexpr const char* kManagementProductName = "srn";
 
-// Optional properties: absent or malformed leaves them unspecified; unspecified writes nothing.
-template <class T, class Key>
-void readOptional(const MBQMessageIterator& it, const Key& key, MBQ::MBQOptionalProperty<T>& property) {
-  MBQ::MBQReaderID(MBQ::MBQDefaultReader<MBQ::MBQOptionalProperty<T>>(), key, MBQ::MBQReaderOptional)(it, property);
-}
-template <class T, class Key>
-int writeOptional(MBQMessageIterator& it, const Key& key, const MBQ::MBQOptionalProperty<T>& property) {
-  return MBQ::MBQWriterID(MBQ::MBQDefaultWriter<MBQ::MBQOptionalProperty<T>>(), key)(it, property);
-}
-
-template <class Key>
-int writeMarker(MBQMessageIterator& it, const Key& key, bool on) {
-  return on ? it.addChild(key) : 0;
-}
-
 // An option stored under a holding element; the holder is descended into and left again.
 template <class E>
 struct OptionReader {
@@ -57,6 +46,39 @@ int writeOptionAt(MBQMessageIterator& it, const Key& key, const E& value, const 
   const int rc = writeOptions(value, it, table);
   it.up();
   return rc;
+}
+
+// An option held under its own element. With a `none` value, a missing holder reads as `none`
+// and `none` is not written; without one, a missing holder keeps the value and the holder is
+// always written (so a value outside the table fails the write).
+template <class R, class E, class K>
+class OptionAt final : public MBQ::MBQLayoutElement<R> {
+ public:
+  OptionAt(K key, E R::*member, const KTROptionTable<E>& table, std::optional<E> none)
+      : key_(std::move(key)), member_(member), table_(&table), none_(none) {}
+  int read(const MBQMessageIterator& it, R& record) const override {
+    if (!it.hasChild(key_)) {
+      if (none_) record.*member_ = *none_;
+      return 0;
+    }
+    if (none_) record.*member_ = *none_;
+    return readOptionAt(it, key_, record.*member_, *table_);
+  }
+  int write(MBQMessageIterator& it, const R& record) const override {
+    return none_ && record.*member_ == *none_ ? 0 : writeOptionAt(it, key_, record.*member_, *table_);
+  }
+  MBQ::MBQLayoutEntry entry() const override { return {MBQ::layout_detail::elementName(key_), false, false}; }
+
+ private:
+  K key_;
+  E R::*member_;
+  const KTROptionTable<E>* table_;
+  std::optional<E> none_;
+};
+
+template <class R, class E, class K>
+MBQ::MBQLayoutPart<R> optionAt(const K& key, E R::*member, const KTROptionTable<E>& table, std::optional<E> none) {
+  return std::make_shared<OptionAt<R, E, MBQ::layout_detail::KeyOf<K>>>(MBQ::layout_detail::KeyOf<K>(key), member, table, none);
 }
 
 KTROptionTable<KTRUpdateProduct::InstallType> buildInstallTypes() {
@@ -109,61 +131,41 @@ const KTROptionTable<KTRSystemUpdate::UpdateType>& systemUpdateTypeOptions() { r
 
 KTRUpdateConnectionSettings::~KTRUpdateConnectionSettings() = default;
 
-int KTRUpdateConnectionSettings::Reader::operator()(const MBQMessageIterator& it, KTRUpdateConnectionSettings& r) const {
-  readOptional(it, Tag::kConnParam1, r.param1_);
-  readOptional(it, Tag::kConnParam2, r.param2_);
-  readOptional(it, Tag::kConnParam3, r.param3_);
-  return 0;
+const MBQ::MBQLayout<KTRUpdateConnectionSettings>& KTRUpdateConnectionSettings::layout() {
+  using R = KTRUpdateConnectionSettings;
+  static const MBQ::MBQLayout<R> layout{optional(Tag::kConnParam1, &R::param1_), optional(Tag::kConnParam2, &R::param2_),
+                                        optional(Tag::kConnParam3, &R::param3_)};
+  return layout;
 }
 
-int KTRUpdateConnectionSettings::Writer::operator()(MBQMessageIterator& it, const KTRUpdateConnectionSettings& r) const {
-  if (writeOptional(it, Tag::kConnParam1, r.param1_) != 0) return -1;
-  if (writeOptional(it, Tag::kConnParam2, r.param2_) != 0) return -1;
-  return writeOptional(it, Tag::kConnParam3, r.param3_);
+const MBQ::MBQLayout<KTRUpdateConnection>& KTRUpdateConnection::layout() {
+  using R = KTRUpdateConnection;
+  static const MBQ::MBQLayout<R> layout{MBQ::base<R, KTRUpdateConnectionSettings>(), optional(Tag::kConnParam4, &R::param4_),
+                                        optional(Tag::kConnParam5, &R::param5_)};
+  return layout;
 }
 
-int KTRUpdateConnection::Reader::operator()(const MBQMessageIterator& it, KTRUpdateConnection& r) const {
-  if (KTRUpdateConnectionSettings::Reader()(it, r) != 0) return -1;
-  readOptional(it, Tag::kConnParam4, r.param4_);
-  readOptional(it, Tag::kConnParam5, r.param5_);
-  return 0;
-}
-
-int KTRUpdateConnection::Writer::operator()(MBQMessageIterator& it, const KTRUpdateConnection& r) const {
-  if (KTRUpdateConnectionSettings::Writer()(it, r) != 0) return -1;
-  if (writeOptional(it, Tag::kConnParam4, r.param4_) != 0) return -1;
-  return writeOptional(it, Tag::kConnParam5, r.param5_);
-}
-
-int KTRUpdateProxySettings::Reader::operator()(const MBQMessageIterator& it, KTRUpdateProxySettings& r) const {
-  if (it.hasChild(Tag::kType) && readOptionAt(it, Tag::kType, r.proxyType_, proxyTypes) != 0) return -1;
-  return KTRUpdateConnectionSettings::Reader()(it, r);
-}
-
-int KTRUpdateProxySettings::Writer::operator()(MBQMessageIterator& it, const KTRUpdateProxySettings& r) const {
-  if (writeOptionAt(it, Tag::kType, r.proxyType_, proxyTypes) != 0) return -1;
-  return KTRUpdateConnectionSettings::Writer()(it, r);
+const MBQ::MBQLayout<KTRUpdateProxySettings>& KTRUpdateProxySettings::layout() {
+  using R = KTRUpdateProxySettings;
+  static const MBQ::MBQLayout<R> layout{optionAt(Tag::kType, &R::proxyType_, proxyTypes, std::optional<ProxyType>()),
+                                        MBQ::base<R, KTRUpdateConnectionSettings>()};
+  return layout;
 }
 
 // ---------------------------------------------------------------- products
 
-int KTRUpdateInstallSource::Reader::operator()(const MBQMessageIterator& it, KTRUpdateInstallSource& r) const {
-  if (it.getValue(Tag::kValue, r.source_) != 0) return -1;
-  readOptional(it, kStandard, r.standard_);
-  return 0;
-}
-
-int KTRUpdateInstallSource::Writer::operator()(MBQMessageIterator& it, const KTRUpdateInstallSource& r) const {
-  if (it.setValue(Tag::kValue, r.source_) != 0) return -1;
-  return writeOptional(it, kStandard, r.standard_);
+const MBQ::MBQLayout<KTRUpdateInstallSource>& KTRUpdateInstallSource::layout() {
+  using R = KTRUpdateInstallSource;
+  static const MBQ::MBQLayout<R> layout{required(Tag::kValue, &R::source_), optional(kStandard, &R::standard_)};
+  return layout;
 }
 
 int KTRUpdateProduct::Reader::operator()(const MBQMessageIterator& it, KTRUpdateProduct& r) const {
   if (it.getValue(Tag::kName, r.name_) != 0) return -1;
   if (it.getValue(Tag::kKey, r.key_) != 0) return -1;
   if (readOptionAt(it, Tag::kInstallType, r.installType_, installTypes) != 0) return -1;
-  readOptional(it, Tag::kInstallSource, r.installSource_);
-  readOptional(it, Tag::kProductParam, r.param_);
+  it.getObj(r.installSource_, Tag::kInstallSource);
+  it.getObj(r.param_, Tag::kProductParam);
   return 0;
 }
 
@@ -175,27 +177,19 @@ int KTRUpdateProduct::Writer::operator()(MBQMessageIterator& it, const KTRUpdate
   // more to the service than a type it could not read anyway.
   writeOptions(r.installType_, it, installTypes);
   it.up();
-  if (writeOptional(it, Tag::kInstallSource, r.installSource_) != 0) return -1;
-  return writeOptional(it, Tag::kProductParam, r.param_);
+  if (MBQ::MBQWriterID(MBQ::MBQDefaultWriter<decltype(r.installSource_)>(), Tag::kInstallSource)(it, r.installSource_) != 0)
+    return -1;
+  return MBQ::MBQWriterID(MBQ::MBQDefaultWriter<KTROptionalText>(), Tag::kProductParam)(it, r.param_);
 }
 
 // ---------------------------------------------------------------- service settings
 
-int KTRUpdateServiceSettings::Reader::operator()(const MBQMessageIterator& it, KTRUpdateServiceSettings& r) const {
-  r.autoreboot_ = it.hasChild(kAutoreboot);
-  CheckDays days = NoDay;
-  if (it.hasChild(kCheckPeriod) && readOptionAt(it, kCheckPeriod, days, checkDays) != 0) return -1;
-  r.checkDays_ = days;
-  if (it.getValue(Tag::kPeriod, r.period_) != 0) return -1;
-  r.flag_ = it.hasChild(Tag::kServiceFlag);
-  return 0;
-}
-
-int KTRUpdateServiceSettings::Writer::operator()(MBQMessageIterator& it, const KTRUpdateServiceSettings& r) const {
-  if (writeMarker(it, kAutoreboot, r.autoreboot_) != 0) return -1;
-  if (r.checkDays_ != NoDay && writeOptionAt(it, kCheckPeriod, r.checkDays_, checkDays) != 0) return -1;
-  if (it.setValue(Tag::kPeriod, r.period_) != 0) return -1;
-  return writeMarker(it, Tag::kServiceFlag, r.flag_);
+const MBQ::MBQLayout<KTRUpdateServiceSettings>& KTRUpdateServiceSettings::layout() {
+  using R = KTRUpdateServiceSettings;
+  static const MBQ::MBQLayout<R> layout{MBQ::marker(kAutoreboot, &R::autoreboot_),
+                                        optionAt(kCheckPeriod, &R::checkDays_, checkDays, std::optional<CheckDays>(NoDay)),
+                                        required(Tag::kPeriod, &R::period_), MBQ::marker(Tag::kServiceFlag, &R::flag_)};
+  return layout;
 }
 
 // ---------------------------------------------------------------- yum
@@ -203,30 +197,17 @@ int KTRUpdateServiceSettings::Writer::operator()(MBQMessageIterator& it, const K
 namespace Update {
 namespace Yum {
 
-int Repository::Reader::operator()(const MBQMessageIterator& it, Repository& r) const {
+const MBQ::MBQLayout<Repository>& Repository::layout() {
   // Older services send bare repositories: only the name identifies one.
-  it.getValue(Tag::kKey, r.key_);
-  it.getValue(kBaseUrl, r.baseUrl_);
-  r.flag_ = it.hasChild(Tag::kRepoFlag);
-  return it.getValue(Tag::kName, r.name_);
+  static const MBQ::MBQLayout<Repository> layout{
+      lenient(optional(Tag::kKey, &Repository::key_)), lenient(optional(kBaseUrl, &Repository::baseUrl_)),
+      MBQ::marker(Tag::kRepoFlag, &Repository::flag_), required(Tag::kName, &Repository::name_)};
+  return layout;
 }
 
-int Repository::Writer::operator()(MBQMessageIterator& it, const Repository& r) const {
-  if (it.setValue(Tag::kKey, r.key_) != 0) return -1;
-  if (it.setValue(kBaseUrl, r.baseUrl_) != 0) return -1;
-  if (writeMarker(it, Tag::kRepoFlag, r.flag_) != 0) return -1;
-  return it.setValue(Tag::kName, r.name_);
-}
-
-int Config::Reader::operator()(const MBQMessageIterator& it, Config& r) const {
-  std::vector<Repository> repositories;
-  if (MBQ::MBQReaderList(Repository::Reader(), kRepository, MBQ::MBQReaderOptional)(it, repositories) != 0) return -1;
-  r.repositories_ = std::move(repositories);
-  return 0;
-}
-
-int Config::Writer::operator()(MBQMessageIterator& it, const Config& r) const {
-  return MBQ::MBQWriterList(Repository::Writer(), kRepository)(it, r.repositories_);
+const MBQ::MBQLayout<Config>& Config::layout() {
+  static const MBQ::MBQLayout<Config> layout{MBQ::list(kRepository, &Config::repositories_)};
+  return layout;
 }
 
 }  // namespace Yum
@@ -279,7 +260,7 @@ int KTRUpdateConfig::Reader::operator()(const MBQMessageIterator& it, KTRUpdateC
     KTRUpdateConnection connection;
     if (KTRUpdateConnection::Reader()(it, connection) == 0) r.access_ = connection;
   }
-  readOptional(it, Tag::kConnOption, r.option_);
+  it.getObj(r.option_, Tag::kConnOption);
   it.up();
   return 0;
 }
@@ -302,7 +283,7 @@ int KTRUpdateConfig::Writer::operator()(MBQMessageIterator& it, const KTRUpdateC
       return -1;
     }
   }
-  const int rc = writeOptional(it, Tag::kConnOption, r.option_);
+  const int rc = MBQ::MBQWriterID(MBQ::MBQDefaultWriter<decltype(r.option_)>(), Tag::kConnOption)(it, r.option_);
   it.up();
   return rc;
 }
@@ -324,102 +305,60 @@ int KTRUpdateList::Writer::operator()(MBQMessageIterator& it, const KTRUpdateLis
 
 KTRUpdate::~KTRUpdate() = default;
 
-int KTRUpdate::Reader::operator()(const MBQMessageIterator& it, KTRUpdate& r) const {
-  readOptional(it, Tag::kName, r.name_);
-  readOptional(it, Tag::kKey, r.key_);
-  readOptional(it, Tag::kDetail, r.detail_);
-  readOptional(it, Tag::kSize, r.size_);
-  r.flag_ = it.hasChild(Tag::kUpdateFlag);
-  readOptional(it, Tag::kRelease, r.release_);
-  readOptional(it, kInstalledVersion, r.installedVersion_);
-  readOptional(it, Tag::kUpdateParam, r.param_);
-  return 0;
+const MBQ::MBQLayout<KTRUpdate>& KTRUpdate::layout() {
+  using R = KTRUpdate;
+  static const MBQ::MBQLayout<R> layout{
+      optional(Tag::kName, &R::name_),       optional(Tag::kKey, &R::key_),
+      optional(Tag::kDetail, &R::detail_),   optional(Tag::kSize, &R::size_),
+      MBQ::marker(Tag::kUpdateFlag, &R::flag_), optional(Tag::kRelease, &R::release_),
+      optional(kInstalledVersion, &R::installedVersion_), optional(Tag::kUpdateParam, &R::param_)};
+  return layout;
 }
 
-int KTRUpdate::Writer::operator()(MBQMessageIterator& it, const KTRUpdate& r) const {
-  if (writeOptional(it, Tag::kName, r.name_) != 0) return -1;
-  if (writeOptional(it, Tag::kKey, r.key_) != 0) return -1;
-  if (writeOptional(it, Tag::kDetail, r.detail_) != 0) return -1;
-  if (writeOptional(it, Tag::kSize, r.size_) != 0) return -1;
-  if (writeMarker(it, Tag::kUpdateFlag, r.flag_) != 0) return -1;
-  if (writeOptional(it, Tag::kRelease, r.release_) != 0) return -1;
-  if (writeOptional(it, kInstalledVersion, r.installedVersion_) != 0) return -1;
-  return writeOptional(it, Tag::kUpdateParam, r.param_);
-}
-
-// Derived writers write their base part into the same element without a typed write, so the
+// Derived records write their base part into the same element without a typed write, so the
 // element keeps the derived type and a reader can choose the class again.
-
-int KTRSystemUpdate::Reader::operator()(const MBQMessageIterator& it, KTRSystemUpdate& r) const {
-  if (KTRUpdate::Reader()(it, r) != 0) return -1;
-  r.updateType_ = NoType;
-  if (it.hasChild(Tag::kType) && readOptionAt(it, Tag::kType, r.updateType_, systemUpdateTypes) != 0) return -1;
-  readOptional(it, Tag::kUpdateText1, r.text1_);
-  readOptional(it, Tag::kUpdateText2, r.text2_);
-  return 0;
+const MBQ::MBQLayout<KTRSystemUpdate>& KTRSystemUpdate::layout() {
+  using R = KTRSystemUpdate;
+  static const MBQ::MBQLayout<R> layout{
+      MBQ::base<R, KTRUpdate>(), optionAt(Tag::kType, &R::updateType_, systemUpdateTypes, std::optional<UpdateType>(NoType)),
+      optional(Tag::kUpdateText1, &R::text1_), optional(Tag::kUpdateText2, &R::text2_)};
+  return layout;
 }
 
-int KTRSystemUpdate::Writer::operator()(MBQMessageIterator& it, const KTRSystemUpdate& r) const {
-  if (KTRUpdate::Writer()(it, r) != 0) return -1;
-  if (r.updateType_ != NoType && writeOptionAt(it, Tag::kType, r.updateType_, systemUpdateTypes) != 0) return -1;
-  if (writeOptional(it, Tag::kUpdateText1, r.text1_) != 0) return -1;
-  return writeOptional(it, Tag::kUpdateText2, r.text2_);
+const MBQ::MBQLayout<KTRWindowsSystemUpdate>& KTRWindowsSystemUpdate::layout() {
+  using R = KTRWindowsSystemUpdate;
+  static const MBQ::MBQLayout<R> layout{MBQ::base<R, KTRSystemUpdate>(), optional(kProduct, &R::product_)};
+  return layout;
 }
 
-int KTRWindowsSystemUpdate::Reader::operator()(const MBQMessageIterator& it, KTRWindowsSystemUpdate& r) const {
-  if (KTRSystemUpdate::Reader()(it, r) != 0) return -1;
-  readOptional(it, kProduct, r.product_);
-  return 0;
+const MBQ::MBQLayout<KTRSRNUpdate>& KTRSRNUpdate::layout() {
+  static const MBQ::MBQLayout<KTRSRNUpdate> layout{MBQ::base<KTRSRNUpdate, KTRUpdate>(),
+                                                   optional(Tag::kUpdateText1, &KTRSRNUpdate::text1_)};
+  return layout;
 }
 
-int KTRWindowsSystemUpdate::Writer::operator()(MBQMessageIterator& it, const KTRWindowsSystemUpdate& r) const {
-  if (KTRSystemUpdate::Writer()(it, r) != 0) return -1;
-  return writeOptional(it, kProduct, r.product_);
+const MBQ::MBQLayout<KTRAppTemplateUpdate>& KTRAppTemplateUpdate::layout() {
+  static const MBQ::MBQLayout<KTRAppTemplateUpdate> layout{MBQ::base<KTRAppTemplateUpdate, KTRUpdate>()};
+  return layout;
 }
 
-int KTRSRNUpdate::Reader::operator()(const MBQMessageIterator& it, KTRSRNUpdate& r) const {
-  if (KTRUpdate::Reader()(it, r) != 0) return -1;
-  readOptional(it, Tag::kUpdateText1, r.text1_);
-  return 0;
+const MBQ::MBQLayout<KTRTemplateUpdate>& KTRTemplateUpdate::layout() {
+  using R = KTRTemplateUpdate;
+  static const MBQ::MBQLayout<R> layout{
+      MBQ::base<R, KTRUpdate>(),
+      MBQ::inPlace(&R::appTemplates_, KTRUpdateList::Reader{kAppTemplate}, KTRUpdateList::Writer{kAppTemplate},
+                   MBQ::MBQLayoutEntry{kAppTemplate, false, true})};
+  return layout;
 }
 
-int KTRSRNUpdate::Writer::operator()(MBQMessageIterator& it, const KTRSRNUpdate& r) const {
-  if (KTRUpdate::Writer()(it, r) != 0) return -1;
-  return writeOptional(it, Tag::kUpdateText1, r.text1_);
+const MBQ::MBQLayout<KTROsTemplateUpdate>& KTROsTemplateUpdate::layout() {
+  static const MBQ::MBQLayout<KTROsTemplateUpdate> layout{MBQ::base<KTROsTemplateUpdate, KTRTemplateUpdate>()};
+  return layout;
 }
 
-int KTRAppTemplateUpdate::Reader::operator()(const MBQMessageIterator& it, KTRAppTemplateUpdate& r) const {
-  return KTRUpdate::Reader()(it, r);
-}
-
-int KTRAppTemplateUpdate::Writer::operator()(MBQMessageIterator& it, const KTRAppTemplateUpdate& r) const {
-  return KTRUpdate::Writer()(it, r);
-}
-
-int KTRTemplateUpdate::Reader::operator()(const MBQMessageIterator& it, KTRTemplateUpdate& r) const {
-  if (KTRUpdate::Reader()(it, r) != 0) return -1;
-  return KTRUpdateList::Reader{kAppTemplate}(it, r.appTemplates_);
-}
-
-int KTRTemplateUpdate::Writer::operator()(MBQMessageIterator& it, const KTRTemplateUpdate& r) const {
-  if (KTRUpdate::Writer()(it, r) != 0) return -1;
-  return KTRUpdateList::Writer{kAppTemplate}(it, r.appTemplates_);
-}
-
-int KTROsTemplateUpdate::Reader::operator()(const MBQMessageIterator& it, KTROsTemplateUpdate& r) const {
-  return KTRTemplateUpdate::Reader()(it, r);
-}
-
-int KTROsTemplateUpdate::Writer::operator()(MBQMessageIterator& it, const KTROsTemplateUpdate& r) const {
-  return KTRTemplateUpdate::Writer()(it, r);
-}
-
-int KTREzTemplateUpdate::Reader::operator()(const MBQMessageIterator& it, KTREzTemplateUpdate& r) const {
-  return KTRTemplateUpdate::Reader()(it, r);
-}
-
-int KTREzTemplateUpdate::Writer::operator()(MBQMessageIterator& it, const KTREzTemplateUpdate& r) const {
-  return KTRTemplateUpdate::Writer()(it, r);
+const MBQ::MBQLayout<KTREzTemplateUpdate>& KTREzTemplateUpdate::layout() {
+  static const MBQ::MBQLayout<KTREzTemplateUpdate> layout{MBQ::base<KTREzTemplateUpdate, KTRTemplateUpdate>()};
+  return layout;
 }
 
 }  // namespace KTR

@@ -9,7 +9,7 @@
 
 #include "KTRFunctionality/KTRExport.h"
 #include "MBQCore/MBQError.h"
-#include "MBQMessage/MBQMessageIterator.h"
+#include "MBQMessage/MBQLayout.h"
 #include "MBQMessage/MBQNamespaces.h"
 #include "MBQMessage/MBQOptionalProperty.h"
 
@@ -44,7 +44,7 @@ int readOptions(E& value, const MBQ::MBQMessageIterator& it, const KTROptionTabl
 template <class E>
 int writeOptions(const E& value, MBQ::MBQMessageIterator& it, const KTROptionTable<E>& table);
 
-// Layout: 1012, 1025, 1032, all opt text.
+// Layout: conn_param1, conn_param2, conn_param3, all opt text.
 class KTR_EXPORT KTRUpdateConnectionSettings {
  public:
   virtual ~KTRUpdateConnectionSettings();
@@ -56,12 +56,9 @@ class KTR_EXPORT KTRUpdateConnectionSettings {
   const KTROptionalText& getParam3() const { return param3_; }
   void setParam3(const KTROptionalText& v) { param3_ = v; }
 
-  struct KTR_EXPORT Reader {
-    int operator()(const MBQ::MBQMessageIterator& it, KTRUpdateConnectionSettings& record) const;
-  };
-  struct KTR_EXPORT Writer {
-    int operator()(MBQ::MBQMessageIterator& it, const KTRUpdateConnectionSettings& record) const;
-  };
+  static const MBQ::MBQLayout<KTRUpdateConnectionSettings>& layout();
+  using Reader = MBQ::MBQLayoutReader<KTRUpdateConnectionSettings>;
+  using Writer = MBQ::MBQLayoutWriter<KTRUpdateConnectionSettings>;
 
  private:
   KTROptionalText param1_;
@@ -70,7 +67,7 @@ class KTR_EXPORT KTRUpdateConnectionSettings {
 };
 
 // A direct connection to the update source. Layout: the KTRUpdateConnectionSettings elements
-// (req), then 1795 and 1101 (opt text).
+// (req), then conn_param4 and conn_param5 (opt text).
 class KTR_EXPORT KTRUpdateConnection : public KTRUpdateConnectionSettings {
  public:
   const KTROptionalText& getParam4() const { return param4_; }
@@ -78,19 +75,16 @@ class KTR_EXPORT KTRUpdateConnection : public KTRUpdateConnectionSettings {
   const KTROptionalText& getParam5() const { return param5_; }
   void setParam5(const KTROptionalText& v) { param5_ = v; }
 
-  struct KTR_EXPORT Reader {
-    int operator()(const MBQ::MBQMessageIterator& it, KTRUpdateConnection& record) const;
-  };
-  struct KTR_EXPORT Writer {
-    int operator()(MBQ::MBQMessageIterator& it, const KTRUpdateConnection& record) const;
-  };
+  static const MBQ::MBQLayout<KTRUpdateConnection>& layout();
+  using Reader = MBQ::MBQLayoutReader<KTRUpdateConnection>;
+  using Writer = MBQ::MBQLayoutWriter<KTRUpdateConnection>;
 
  private:
   KTROptionalText param4_;
   KTROptionalText param5_;
 };
 
-// The proxy to reach the update source through. Layout: 1007 holding a proxy-type option (a
+// The proxy to reach the update source through. Layout: type holding a proxy-type option (a
 // missing element keeps the type; an element without a known option fails the read; always
 // written, so a type outside the table fails the writer), then the KTRUpdateConnectionSettings
 // elements (req).
@@ -103,18 +97,15 @@ class KTR_EXPORT KTRUpdateProxySettings : public KTRUpdateConnectionSettings {
   ProxyType getProxyType() const { return proxyType_; }
   void setProxyType(ProxyType type) { proxyType_ = type; }
 
-  struct KTR_EXPORT Reader {
-    int operator()(const MBQ::MBQMessageIterator& it, KTRUpdateProxySettings& record) const;
-  };
-  struct KTR_EXPORT Writer {
-    int operator()(MBQ::MBQMessageIterator& it, const KTRUpdateProxySettings& record) const;
-  };
+  static const MBQ::MBQLayout<KTRUpdateProxySettings>& layout();
+  using Reader = MBQ::MBQLayoutReader<KTRUpdateProxySettings>;
+  using Writer = MBQ::MBQLayoutWriter<KTRUpdateProxySettings>;
 
  private:
   ProxyType proxyType_ = NoProxy;
 };
 
-// Where a product is installed from. Layout: 1018 source (req text), "standard" (opt text).
+// Where a product is installed from. Layout: value as the source (req text), "standard" (opt text).
 class KTR_EXPORT KTRUpdateInstallSource {
  public:
   const std::string& getSource() const { return source_; }
@@ -122,21 +113,18 @@ class KTR_EXPORT KTRUpdateInstallSource {
   const KTROptionalText& getStandard() const { return standard_; }
   void setStandard(const KTROptionalText& v) { standard_ = v; }
 
-  struct KTR_EXPORT Reader {
-    int operator()(const MBQ::MBQMessageIterator& it, KTRUpdateInstallSource& record) const;
-  };
-  struct KTR_EXPORT Writer {
-    int operator()(MBQ::MBQMessageIterator& it, const KTRUpdateInstallSource& record) const;
-  };
+  static const MBQ::MBQLayout<KTRUpdateInstallSource>& layout();
+  using Reader = MBQ::MBQLayoutReader<KTRUpdateInstallSource>;
+  using Writer = MBQ::MBQLayoutWriter<KTRUpdateInstallSource>;
 
  private:
   std::string source_;
   KTROptionalText standard_;
 };
 
-// One updated product. Layout: 1010 name (req), 1026 second text (req), 1839 holding an
-// install-type option (req), 1803 install source (opt), 1338 last value (opt text). The
-// writer always writes 1839; a type outside the table leaves it empty and does not fail.
+// One updated product. Layout: name (req), key as the second text (req), install_type holding an
+// install-type option (req), install_source (opt), product_param as the last value (opt text). The
+// writer always writes install_type; a type outside the table leaves it empty and does not fail.
 class KTR_EXPORT KTRUpdateProduct {
  public:
   enum InstallType : int { Disabled = 0, Automatic = 1, AutoDownload = 2, Manual = 3 };
@@ -169,7 +157,7 @@ class KTR_EXPORT KTRUpdateProduct {
 
 // The update service's own schedule. Layout: "autoreboot" (marker), "check_period" holding a
 // check-day option (absent: 0; present without a known day: the read fails; written only when
-// not 0), 1992 period (req, 32-bit), 1705 (marker).
+// not 0), period (req, 32-bit), service_flag (marker).
 class KTR_EXPORT KTRUpdateServiceSettings {
  public:
   // The week starts on Sunday; 0 is "no day" and is spelled "".
@@ -184,12 +172,9 @@ class KTR_EXPORT KTRUpdateServiceSettings {
   bool getFlag() const { return flag_; }
   void setFlag(bool on) { flag_ = on; }
 
-  struct KTR_EXPORT Reader {
-    int operator()(const MBQ::MBQMessageIterator& it, KTRUpdateServiceSettings& record) const;
-  };
-  struct KTR_EXPORT Writer {
-    int operator()(MBQ::MBQMessageIterator& it, const KTRUpdateServiceSettings& record) const;
-  };
+  static const MBQ::MBQLayout<KTRUpdateServiceSettings>& layout();
+  using Reader = MBQ::MBQLayoutReader<KTRUpdateServiceSettings>;
+  using Writer = MBQ::MBQLayoutWriter<KTRUpdateServiceSettings>;
 
  private:
   bool autoreboot_ = false;
@@ -201,8 +186,8 @@ class KTR_EXPORT KTRUpdateServiceSettings {
 namespace Update {
 namespace Yum {
 
-// Layout: 1026 second text (a failure is ignored), "base_url" (a failure is ignored), 1189
-// (marker), 1010 name (req; its result is the reader's).
+// Layout: key as the second text (lenient), "base_url" (lenient), repo_flag
+// (marker), name (req; its result is the reader's).
 class KTR_EXPORT Repository {
  public:
   const std::string& getKey() const { return key_; }
@@ -214,12 +199,9 @@ class KTR_EXPORT Repository {
   const std::string& getName() const { return name_; }
   void setName(const std::string& name) { name_ = name; }
 
-  struct KTR_EXPORT Reader {
-    int operator()(const MBQ::MBQMessageIterator& it, Repository& record) const;
-  };
-  struct KTR_EXPORT Writer {
-    int operator()(MBQ::MBQMessageIterator& it, const Repository& record) const;
-  };
+  static const MBQ::MBQLayout<Repository>& layout();
+  using Reader = MBQ::MBQLayoutReader<Repository>;
+  using Writer = MBQ::MBQLayoutWriter<Repository>;
 
  private:
   std::string key_;
@@ -235,12 +217,9 @@ class KTR_EXPORT Config {
   const std::vector<Repository>& getRepositories() const { return repositories_; }
   void setRepositories(const std::vector<Repository>& repositories) { repositories_ = repositories; }
 
-  struct KTR_EXPORT Reader {
-    int operator()(const MBQ::MBQMessageIterator& it, Config& record) const;
-  };
-  struct KTR_EXPORT Writer {
-    int operator()(MBQ::MBQMessageIterator& it, const Config& record) const;
-  };
+  static const MBQ::MBQLayout<Config>& layout();
+  using Reader = MBQ::MBQLayoutReader<Config>;
+  using Writer = MBQ::MBQLayoutWriter<Config>;
 
  private:
   std::vector<Repository> repositories_;
@@ -253,12 +232,12 @@ class KTR_EXPORT Config {
 //
 // Reading: every "product" element into the products (up to the first that fails); the first
 // product named "srn" is moved out of the list into the management product. Access: an element
-// 1100 gives the service settings, else an element "yum" the yum configuration; with neither, a
+// service_settings gives the service settings, else an element "yum" the yum configuration; with neither, a
 // "connection" element gives the connection. A part that fails to read leaves the access as it
-// was. Inside "connection": 1843 (opt). The reader always returns 0.
+// was. Inside "connection": conn_option (opt). The reader always returns 0.
 //
-// Writing: the access ("connection", 1100 or "yum"), the products, the management product
-// named "srn" (always, and always last), then 1843 inside "connection" (the element is added,
+// Writing: the access ("connection", service_settings or "yum"), the products, the management product
+// named "srn" (always, and always last), then conn_option inside "connection" (the element is added,
 // empty, when the access is not a connection). -1 when the access record fails to write or
 // "connection" cannot be added.
 class KTR_EXPORT KTRUpdateConfig {
@@ -320,8 +299,8 @@ class KTR_EXPORT KTRUpdateList : public std::vector<std::shared_ptr<KTRUpdate>> 
 // An available or installed update. Schema type "updateType" (update namespace); the default
 // of the KTRUpdate registry.
 //
-// Layout: 1010 name, 1026, 1496, 1024 size (64-bit), 1274 (marker), 1223 release,
-// "installed_version", 1023; all opt text unless said.
+// Layout: name, key, detail, size (64-bit), update_flag (marker), release,
+// "installed_version", update_param; all opt text unless said.
 class KTR_EXPORT KTRUpdate {
  public:
   virtual ~KTRUpdate();
@@ -343,15 +322,13 @@ class KTR_EXPORT KTRUpdate {
   const KTROptionalText& getParam() const { return param_; }
   void setParam(const KTROptionalText& v) { param_ = v; }
 
-  struct KTR_EXPORT Reader {
-    int operator()(const MBQ::MBQMessageIterator& it, KTRUpdate& record) const;
-  };
-  struct KTR_EXPORT Writer {
+  static const MBQ::MBQLayout<KTRUpdate>& layout();
+  using Reader = MBQ::MBQLayoutReader<KTRUpdate>;
+  struct KTR_EXPORT Writer : MBQ::MBQLayoutWriter<KTRUpdate> {
     static const char* getStrTypeID() { return "updateType"; }
     const char* getStrNSID() const { return MBQ::kUpdateNamespace; }
     int getNSID() const { return 0; }
     int getTypeID() const { return 0; }
-    int operator()(MBQ::MBQMessageIterator& it, const KTRUpdate& record) const;
   };
 
  private:
@@ -365,9 +342,9 @@ class KTR_EXPORT KTRUpdate {
   KTROptionalText param_;
 };
 
-// A system update. Layout: the KTRUpdate elements (req), 1007 holding an update-type option
-// (absent: 0; present without a known option: the read fails; written only when not 0), 1264
-// and 1276 (opt text). Schema type "system_updateType".
+// A system update. Layout: the KTRUpdate elements (req), type holding an update-type option
+// (absent: 0; present without a known option: the read fails; written only when not 0), update_text1
+// and update_text2 (opt text). Schema type "system_updateType".
 class KTR_EXPORT KTRSystemUpdate : public KTRUpdate {
  public:
   enum UpdateType : int { NoType = 0, Hotfix = 1, ServicePack = 2, Version = 3 };
@@ -379,15 +356,13 @@ class KTR_EXPORT KTRSystemUpdate : public KTRUpdate {
   const KTROptionalText& getText2() const { return text2_; }
   void setText2(const KTROptionalText& v) { text2_ = v; }
 
-  struct KTR_EXPORT Reader {
-    int operator()(const MBQ::MBQMessageIterator& it, KTRSystemUpdate& record) const;
-  };
-  struct KTR_EXPORT Writer {
+  static const MBQ::MBQLayout<KTRSystemUpdate>& layout();
+  using Reader = MBQ::MBQLayoutReader<KTRSystemUpdate>;
+  struct KTR_EXPORT Writer : MBQ::MBQLayoutWriter<KTRSystemUpdate> {
     static const char* getStrTypeID() { return "system_updateType"; }
     const char* getStrNSID() const { return MBQ::kUpdateNamespace; }
     int getNSID() const { return 0; }
     int getTypeID() const { return 0; }
-    int operator()(MBQ::MBQMessageIterator& it, const KTRSystemUpdate& record) const;
   };
 
  private:
@@ -405,37 +380,33 @@ class KTR_EXPORT KTRWindowsSystemUpdate : public KTRSystemUpdate {
   const KTROptionalText& getProduct() const { return product_; }
   void setProduct(const KTROptionalText& v) { product_ = v; }
 
-  struct KTR_EXPORT Reader {
-    int operator()(const MBQ::MBQMessageIterator& it, KTRWindowsSystemUpdate& record) const;
-  };
-  struct KTR_EXPORT Writer {
+  static const MBQ::MBQLayout<KTRWindowsSystemUpdate>& layout();
+  using Reader = MBQ::MBQLayoutReader<KTRWindowsSystemUpdate>;
+  struct KTR_EXPORT Writer : MBQ::MBQLayoutWriter<KTRWindowsSystemUpdate> {
     static const char* getStrTypeID() { return "windows_system_updateType"; }
     const char* getStrNSID() const { return MBQ::kUpdateNamespace; }
     int getNSID() const { return 0; }
     int getTypeID() const { return 0; }
-    int operator()(MBQ::MBQMessageIterator& it, const KTRWindowsSystemUpdate& record) const;
   };
 
  private:
   KTROptionalText product_;
 };
 
-// An update of the management product. Layout: the KTRUpdate elements (req), 1264 (opt text).
+// An update of the management product. Layout: the KTRUpdate elements (req), update_text1 (opt text).
 // Schema type "srn_updateType".
 class KTR_EXPORT KTRSRNUpdate : public KTRUpdate {
  public:
   const KTROptionalText& getText1() const { return text1_; }
   void setText1(const KTROptionalText& v) { text1_ = v; }
 
-  struct KTR_EXPORT Reader {
-    int operator()(const MBQ::MBQMessageIterator& it, KTRSRNUpdate& record) const;
-  };
-  struct KTR_EXPORT Writer {
+  static const MBQ::MBQLayout<KTRSRNUpdate>& layout();
+  using Reader = MBQ::MBQLayoutReader<KTRSRNUpdate>;
+  struct KTR_EXPORT Writer : MBQ::MBQLayoutWriter<KTRSRNUpdate> {
     static const char* getStrTypeID() { return "srn_updateType"; }
     const char* getStrNSID() const { return MBQ::kUpdateNamespace; }
     int getNSID() const { return 0; }
     int getTypeID() const { return 0; }
-    int operator()(MBQ::MBQMessageIterator& it, const KTRSRNUpdate& record) const;
   };
 
  private:
@@ -446,15 +417,13 @@ class KTR_EXPORT KTRSRNUpdate : public KTRUpdate {
 // "app_template_updateType".
 class KTR_EXPORT KTRAppTemplateUpdate : public KTRUpdate {
  public:
-  struct KTR_EXPORT Reader {
-    int operator()(const MBQ::MBQMessageIterator& it, KTRAppTemplateUpdate& record) const;
-  };
-  struct KTR_EXPORT Writer {
+  static const MBQ::MBQLayout<KTRAppTemplateUpdate>& layout();
+  using Reader = MBQ::MBQLayoutReader<KTRAppTemplateUpdate>;
+  struct KTR_EXPORT Writer : MBQ::MBQLayoutWriter<KTRAppTemplateUpdate> {
     static const char* getStrTypeID() { return "app_template_updateType"; }
     const char* getStrNSID() const { return MBQ::kUpdateNamespace; }
     int getNSID() const { return 0; }
     int getTypeID() const { return 0; }
-    int operator()(MBQ::MBQMessageIterator& it, const KTRAppTemplateUpdate& record) const;
   };
 };
 
@@ -466,15 +435,13 @@ class KTR_EXPORT KTRTemplateUpdate : public KTRUpdate {
   const KTRUpdateList& getAppTemplates() const { return appTemplates_; }
   void setAppTemplates(const KTRUpdateList& list) { appTemplates_ = list; }
 
-  struct KTR_EXPORT Reader {
-    int operator()(const MBQ::MBQMessageIterator& it, KTRTemplateUpdate& record) const;
-  };
-  struct KTR_EXPORT Writer {
+  static const MBQ::MBQLayout<KTRTemplateUpdate>& layout();
+  using Reader = MBQ::MBQLayoutReader<KTRTemplateUpdate>;
+  struct KTR_EXPORT Writer : MBQ::MBQLayoutWriter<KTRTemplateUpdate> {
     static const char* getStrTypeID() { return "template_updateType"; }
     const char* getStrNSID() const { return MBQ::kUpdateNamespace; }
     int getNSID() const { return 0; }
     int getTypeID() const { return 0; }
-    int operator()(MBQ::MBQMessageIterator& it, const KTRTemplateUpdate& record) const;
   };
 
  private:
@@ -484,30 +451,26 @@ class KTR_EXPORT KTRTemplateUpdate : public KTRUpdate {
 // The KTRTemplateUpdate elements; schema type "os_template_updateType".
 class KTR_EXPORT KTROsTemplateUpdate : public KTRTemplateUpdate {
  public:
-  struct KTR_EXPORT Reader {
-    int operator()(const MBQ::MBQMessageIterator& it, KTROsTemplateUpdate& record) const;
-  };
-  struct KTR_EXPORT Writer {
+  static const MBQ::MBQLayout<KTROsTemplateUpdate>& layout();
+  using Reader = MBQ::MBQLayoutReader<KTROsTemplateUpdate>;
+  struct KTR_EXPORT Writer : MBQ::MBQLayoutWriter<KTROsTemplateUpdate> {
     static const char* getStrTypeID() { return "os_template_updateType"; }
     const char* getStrNSID() const { return MBQ::kUpdateNamespace; }
     int getNSID() const { return 0; }
     int getTypeID() const { return 0; }
-    int operator()(MBQ::MBQMessageIterator& it, const KTROsTemplateUpdate& record) const;
   };
 };
 
 // The KTRTemplateUpdate elements; schema type "ez_template_updateType".
 class KTR_EXPORT KTREzTemplateUpdate : public KTRTemplateUpdate {
  public:
-  struct KTR_EXPORT Reader {
-    int operator()(const MBQ::MBQMessageIterator& it, KTREzTemplateUpdate& record) const;
-  };
-  struct KTR_EXPORT Writer {
+  static const MBQ::MBQLayout<KTREzTemplateUpdate>& layout();
+  using Reader = MBQ::MBQLayoutReader<KTREzTemplateUpdate>;
+  struct KTR_EXPORT Writer : MBQ::MBQLayoutWriter<KTREzTemplateUpdate> {
     static const char* getStrTypeID() { return "ez_template_updateType"; }
     const char* getStrNSID() const { return MBQ::kUpdateNamespace; }
     int getNSID() const { return 0; }
     int getTypeID() const { return 0; }
-    int operator()(MBQ::MBQMessageIterator& it, const KTREzTemplateUpdate& record) const;
   };
 };
 
