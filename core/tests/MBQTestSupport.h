@@ -6,6 +6,8 @@
 #include <stdlib.h>
 
 #include <filesystem>
+#include <fstream>
+#include <sstream>
 #include <string>
 
 #include "MBQMessage/MBQMessage.h"
@@ -31,6 +33,14 @@ class TempDir {
  private:
   std::string path_;
 };
+
+// The whole content of a file; empty when it can't be read.
+inline std::string slurp(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  std::stringstream content;
+  content << in.rdbuf();
+  return content.str();
+}
 
 // Each text is refused by `fromString` and leaves the value as it was.
 template <class T, class Texts>

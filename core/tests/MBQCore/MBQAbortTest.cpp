@@ -3,11 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
-#include <fstream>
-#include <sstream>
 #include <string>
-#include <unistd.h>
 
+#include "../MBQTestSupport.h"
 #include "MBQCore/MBQLogger.h"
 
 namespace {
@@ -28,28 +26,22 @@ TEST(MBQAbortDeathTest, FailedCheckAbortsWithTheSameLine) {
 }
 
 TEST(MBQAbortDeathTest, FlushesBufferedLogLinesBeforeDying) {
-  char path[] = "/tmp/MBQAbortTest.XXXXXX";
-  int fd = mkstemp(path);
-  ASSERT_GE(fd, 0);
-  close(fd);
+  const MBQ::test::TempDir dir;
+  const std::string path = dir.file("log");
   // An INFO line stays in the file stream's buffer; only the abort's flush can get it out.
   // A forked child ("fast" style) shares the parent's idea of the path; a re-executed one
   // would make a file of its own.
   GTEST_FLAG_SET(death_test_style, "fast");
   EXPECT_DEATH(
       {
-        std::FILE* log = std::fopen(path, "w");
+        std::FILE* log = std::fopen(path.c_str(), "w");
         MBQ::Logger::setLevel(MBQ::kInfo);
         MBQ::Logger::setStream(log);
         MBQ::Logger::put(MBQ::kInfo, "MBQTest", "last words %d", 42);
         MBQ::abort("MBQTest", "core/tests/MBQCore/MBQAbortTest", 1, "body");
       },
       "MBQTest: assertion failed");
-  std::ifstream in(path);
-  std::stringstream content;
-  content << in.rdbuf();
-  std::remove(path);
-  EXPECT_EQ("INFO MBQTest: last words 42\n", content.str());
+  EXPECT_EQ("INFO MBQTest: last words 42\n", MBQ::test::slurp(path));
 }
 
 TEST(MBQAbortTest, PassingCheckReturns) {

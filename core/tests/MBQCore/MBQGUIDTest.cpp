@@ -10,20 +10,15 @@ namespace {
 const char kText[] = "00112233-4455-6677-8899-aabbccddeeff";
 const MBQGUID kGuid(0x0011223344556677ULL, 0x8899aabbccddeeffULL);
 
-TEST(MBQGUIDTest, DefaultIsTheEmptyInvalidGuid) {
-  MBQGUID guid;
-  EXPECT_FALSE(guid.isValid());
-  EXPECT_EQ("00000000-0000-0000-0000-000000000000", guid.toString());
-  EXPECT_EQ(MBQGUID(0, 0), guid);
-}
-
-TEST(MBQGUIDTest, HalvesAreBigEndianHighFirst) {
+TEST(MBQGUIDTest, HalvesAreBigEndianHighFirstAndOnlyZeroIsInvalid) {
+  EXPECT_FALSE(MBQGUID().isValid());
+  EXPECT_EQ("00000000-0000-0000-0000-000000000000", MBQGUID().toString());
+  EXPECT_EQ(MBQGUID(0, 0), MBQGUID());
   EXPECT_EQ(kText, kGuid.toString());
   EXPECT_EQ(0x00, kGuid.bytes()[0]);
   EXPECT_EQ(0xff, kGuid.bytes()[15]);
   EXPECT_EQ(0x0011223344556677ULL, kGuid.high());
   EXPECT_EQ(0x8899aabbccddeeffULL, kGuid.low());
-  // Only the lowest bit set is still a valid GUID.
   EXPECT_TRUE(MBQGUID(0, 1).isValid());
   EXPECT_EQ("00000000-0000-0000-0000-000000000001", MBQGUID(0, 1).toString());
 }
@@ -66,22 +61,13 @@ TEST(MBQGUIDTest, EmptyOrBlankTextIsTheAbsentGuid) {
 
 TEST(MBQGUIDTest, RejectsMalformedTextAndKeepsTheValue) {
   const std::string texts[] = {
-      "{00112233-4455-6677-8899-aabbccddeeff",
-      "00112233-4455-6677-8899-aabbccddeeff}",
-      "{}",
-      "{",
-      "{{00112233-4455-6677-8899-aabbccddeeff}}",
-      "{ 00112233-4455-6677-8899-aabbccddeeff }",
-      "00112233-4455-6677-8899-aabbccddeef",
-      "00112233-4455-6677-8899-aabbccddeeff0",
-      "00112233-4455-6677-8899-aabbccddeeffx",
-      "00112233-4455-6677-8899-aabbccddeegg",
-      "001122334455-6677-8899-aabbccddeeff-",
-      "0011223344556677-8899aabbccddeeff",
-      "00112233 4455-6677-8899-aabbccddeeff",
-      std::string("00112233-4455-6677-8899-aabbccddeeff\0", 37),
-      std::string("00112233-4455-6677-8899-aabbccdd\0eff", 36),
-      "not a guid",
+      "{00112233-4455-6677-8899-aabbccddeeff", "00112233-4455-6677-8899-aabbccddeeff}", "{}", "{",
+      "{{00112233-4455-6677-8899-aabbccddeeff}}", "{ 00112233-4455-6677-8899-aabbccddeeff }",
+      "00112233-4455-6677-8899-aabbccddeef", "00112233-4455-6677-8899-aabbccddeeff0",
+      "00112233-4455-6677-8899-aabbccddeeffx", "00112233-4455-6677-8899-aabbccddeegg",
+      "001122334455-6677-8899-aabbccddeeff-", "0011223344556677-8899aabbccddeeff",
+      "00112233 4455-6677-8899-aabbccddeeff", std::string("00112233-4455-6677-8899-aabbccddeeff\0", 37),
+      std::string("00112233-4455-6677-8899-aabbccdd\0eff", 36), "not a guid",
   };
   for (const std::string& text : texts) {
     MBQGUID guid = kGuid;

@@ -11,14 +11,16 @@
 #include <thread>
 #include <vector>
 
+#include "../MBQTestSupport.h"
+
 namespace {
 
-// Sends the logger to a private temporary file for the test and reads back what it wrote.
+// Sends the logger to a private file for the test and reads back what it wrote.
 class MBQLoggerTest : public ::testing::Test {
  protected:
   void SetUp() override {
     savedLevel_ = MBQ::Logger::level();
-    file_ = std::tmpfile();
+    file_ = std::fopen(dir_.file("log").c_str(), "w");
     ASSERT_NE(nullptr, file_);
     MBQ::Logger::setStream(file_);
   }
@@ -27,17 +29,12 @@ class MBQLoggerTest : public ::testing::Test {
     MBQ::Logger::setLevel(savedLevel_);
     std::fclose(file_);
   }
-
   std::string written() {
     MBQ::Logger::flush();
-    std::rewind(file_);
-    std::string content;
-    char chunk[4096];
-    std::size_t got;
-    while ((got = std::fread(chunk, 1, sizeof(chunk), file_)) > 0) content.append(chunk, got);
-    return content;
+    return MBQ::test::slurp(dir_.file("log"));
   }
 
+  MBQ::test::TempDir dir_;
   std::FILE* file_ = nullptr;
   int savedLevel_ = MBQ::kInfo;
 };

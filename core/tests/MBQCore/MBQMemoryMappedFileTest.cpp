@@ -10,27 +10,19 @@
 #include <cstring>
 #include <string>
 
+#include "../MBQTestSupport.h"
+
 namespace MBQ {
 namespace {
 
 class MBQMemoryMappedFileTest : public ::testing::Test {
  protected:
-  void SetUp() override {
-    char pattern[] = "/tmp/mbqmmfXXXXXX";
-    ASSERT_NE(nullptr, ::mkdtemp(pattern));
-    dir_ = pattern;
-    path_ = dir_ + "/file";
-  }
-  void TearDown() override {
-    ::unlink(path_.c_str());
-    ::rmdir(dir_.c_str());
-  }
   static off_t fileSize(const std::string& path) {
     struct stat st;
     return ::stat(path.c_str(), &st) == 0 ? st.st_size : -1;
   }
-  std::string dir_;
-  std::string path_;
+  test::TempDir dir_;
+  std::string path_ = dir_.file("file");
 };
 
 TEST_F(MBQMemoryMappedFileTest, MapCreatesAndExtendsButNeverShrinks) {

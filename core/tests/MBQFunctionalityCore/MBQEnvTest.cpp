@@ -4,6 +4,7 @@
 #include <string>
 #include <typeinfo>
 
+#include "../MBQTestSupport.h"
 #include "MBQFunctionalityCore/MBQEnv.h"
 #include "MBQFunctionalityCore/MBQEnvConfig.h"
 #include "MBQMessage/MBQDerivedParsers.h"
@@ -51,11 +52,7 @@ class MBQEnvTest : public ::testing::Test {
     return message.toString();
   }
   int read(const std::string& text, MBQEnv& env) {
-    MBQMessage message;
-    EXPECT_EQ(0, message.parse(text));
-    auto it = message.iterator();
-    EXPECT_EQ(0, it->descend("env"));
-    return MBQEnv::Reader()(*it, env);
+    return test::parsed(text).iterator()->getObject(env, MBQEnv::Reader(), "env");
   }
   std::shared_ptr<MBQVEnvConfig> virtualConfig(const std::string& hostname) {
     auto config = std::make_shared<MBQVEnvConfig>();

@@ -42,10 +42,10 @@ class BlindProvider : public MBQAccessProviderPrototype {
 const MBQEID kLocalEid("101");
 const MBQEID kRemoteEid("202");
 
-enum class ProviderKind { kNone, kWithoutChecker, kChecking };
-enum class LocalKind { kNone, kMakes, kMakesNull };
-enum class AgentKind { kNone, kMakes, kMakesWithParameter };
-enum class Outcome { kNull, kLocal, kAgent };
+enum ProviderKind { kNoProvider, kWithoutChecker, kChecking };
+enum LocalKind { kNoLocal, kLocalMakes, kLocalMakesNull };
+enum AgentKind { kNoAgent, kAgentMakes, kAgentWithParameter };
+enum Outcome { kNull, kLocal, kAgent };
 
 struct GetCase {
   const char* what;
@@ -58,42 +58,27 @@ struct GetCase {
 };
 
 const GetCase kGetCases[] = {
-    {"local EID prefers the local factory", ProviderKind::kChecking, &kLocalEid, LocalKind::kMakes,
-     AgentKind::kMakes, Outcome::kLocal, true},
-    {"remote EID goes to the agent", ProviderKind::kChecking, &kRemoteEid, LocalKind::kMakes,
-     AgentKind::kMakes, Outcome::kAgent, false},
-    {"remote EID with a parameter", ProviderKind::kChecking, &kRemoteEid, LocalKind::kMakes,
-     AgentKind::kMakesWithParameter, Outcome::kAgent, false},
-    {"remote EID never falls back to local", ProviderKind::kChecking, &kRemoteEid, LocalKind::kMakes,
-     AgentKind::kNone, Outcome::kNull, false},
-    {"local EID, agent factory only", ProviderKind::kChecking, &kLocalEid, LocalKind::kNone,
-     AgentKind::kMakes, Outcome::kAgent, false},
-    {"local EID, local factory makes nothing", ProviderKind::kChecking, &kLocalEid, LocalKind::kMakesNull,
-     AgentKind::kMakesWithParameter, Outcome::kAgent, true},
-    {"local EID, nothing anywhere", ProviderKind::kChecking, &kLocalEid, LocalKind::kMakesNull,
-     AgentKind::kNone, Outcome::kNull, true},
-    {"registered nowhere", ProviderKind::kChecking, &kLocalEid, LocalKind::kNone, AgentKind::kNone,
-     Outcome::kNull, false},
-    {"no provider tries local first", ProviderKind::kNone, &kRemoteEid, LocalKind::kMakes,
-     AgentKind::kMakes, Outcome::kLocal, true},
-    {"no provider, local makes nothing", ProviderKind::kNone, &kRemoteEid, LocalKind::kMakesNull,
-     AgentKind::kMakes, Outcome::kAgent, true},
-    {"provider without checker tries local first", ProviderKind::kWithoutChecker, &kRemoteEid,
-     LocalKind::kMakes, AgentKind::kMakes, Outcome::kLocal, true},
-    {"provider without checker, agent factory only", ProviderKind::kWithoutChecker, &kRemoteEid,
-     LocalKind::kNone, AgentKind::kMakesWithParameter, Outcome::kAgent, false},
+    {"local EID prefers the local factory", kChecking, &kLocalEid, kLocalMakes, kAgentMakes, kLocal, true},
+    {"remote EID goes to the agent", kChecking, &kRemoteEid, kLocalMakes, kAgentMakes, kAgent, false},
+    {"remote EID with a parameter", kChecking, &kRemoteEid, kLocalMakes, kAgentWithParameter, kAgent, false},
+    {"remote EID never falls back to local", kChecking, &kRemoteEid, kLocalMakes, kNoAgent, kNull, false},
+    {"local EID, agent factory only", kChecking, &kLocalEid, kNoLocal, kAgentMakes, kAgent, false},
+    {"local EID, local factory makes nothing", kChecking, &kLocalEid, kLocalMakesNull, kAgentWithParameter, kAgent,
+     true},
+    {"local EID, nothing anywhere", kChecking, &kLocalEid, kLocalMakesNull, kNoAgent, kNull, true},
+    {"registered nowhere", kChecking, &kLocalEid, kNoLocal, kNoAgent, kNull, false},
+    {"no provider tries local first", kNoProvider, &kRemoteEid, kLocalMakes, kAgentMakes, kLocal, true},
+    {"no provider, local makes nothing", kNoProvider, &kRemoteEid, kLocalMakesNull, kAgentMakes, kAgent, true},
+    {"provider without checker tries local first", kWithoutChecker, &kRemoteEid, kLocalMakes, kAgentMakes, kLocal,
+     true},
+    {"provider without checker, agent factory only", kWithoutChecker, &kRemoteEid, kNoLocal, kAgentWithParameter,
+     kAgent, false},
 };
 
 MBQAccessProviderPtr makeProvider(ProviderKind kind) {
-  switch (kind) {
-    case ProviderKind::kNone:
-      return nullptr;
-    case ProviderKind::kWithoutChecker:
-      return new BlindProvider();
-    case ProviderKind::kChecking:
-      return new MBQLocalAccessProvider({kLocalEid});
-  }
-  return nullptr;
+  if (kind == kNoProvider) return nullptr;
+  if (kind == kWithoutChecker) return new BlindProvider();
+  return new MBQLocalAccessProvider({kLocalEid});
 }
 
 TEST(MBQFunctionalMultiplexerTest, GetChoosesBetweenLocalAndAgent) {
@@ -105,32 +90,22 @@ TEST(MBQFunctionalMultiplexerTest, GetChoosesBetweenLocalAndAgent) {
     const ServicePtr agentProduct = std::make_shared<ServiceImpl>();
 
     auto local = std::make_shared<MockLocalFactory>();
-    ON_CALL(*local, create(_)).WillByDefault(Return(c.local == LocalKind::kMakes ? localProduct : nullptr));
+    ON_CALL(*local, create(_)).WillByDefault(Return(c.local == kLocalMakes ? localProduct : nullptr));
     EXPECT_CALL(*local, create(provider)).Times(c.localAsked ? 1 : 0);
-    if (c.local != LocalKind::kNone) multiplexer.registerLocal("svc", local);
+    if (c.local != kNoLocal) multiplexer.registerLocal("svc", local);
 
     auto agent = std::make_shared<MockAgentFactory>();
-    const bool withParameter = c.agent == AgentKind::kMakesWithParameter;
-    const int agentCalls = c.agent != AgentKind::kNone && c.outcome == Outcome::kAgent ? 1 : 0;
+    const bool withParameter = c.agent == kAgentWithParameter;
+    const int agentCalls = c.agent != kNoAgent && c.outcome == kAgent ? 1 : 0;
     ON_CALL(*agent, create(_, _, _)).WillByDefault(Return(agentProduct));
     ON_CALL(*agent, create(_, _)).WillByDefault(Return(agentProduct));
     EXPECT_CALL(*agent, create(*c.eid, provider, "node=2")).Times(withParameter ? agentCalls : 0);
     EXPECT_CALL(*agent, create(*c.eid, provider)).Times(withParameter ? 0 : agentCalls);
-    if (c.agent != AgentKind::kNone) multiplexer.registerAgent("svc", agent);
+    if (c.agent != kNoAgent) multiplexer.registerAgent("svc", agent);
     if (withParameter) multiplexer.setAgentParameter("svc", "node=2");
 
-    const ServicePtr result = multiplexer.get(*c.eid, provider, "svc");
-    switch (c.outcome) {
-      case Outcome::kNull:
-        EXPECT_EQ(nullptr, result);
-        break;
-      case Outcome::kLocal:
-        EXPECT_EQ(localProduct, result);
-        break;
-      case Outcome::kAgent:
-        EXPECT_EQ(agentProduct, result);
-        break;
-    }
+    const ServicePtr expected[] = {nullptr, localProduct, agentProduct};
+    EXPECT_EQ(expected[c.outcome], multiplexer.get(*c.eid, provider, "svc"));
   }
 }
 
@@ -144,7 +119,7 @@ TEST(MBQFunctionalMultiplexerTest, UnknownNameGivesNullOnEveryPath) {
   // Names are exact keys: neither case nor blanks are folded.
   multiplexer.registerLocal("EnvM", local);
   multiplexer.registerAgent("EnvM", agent);
-  const MBQAccessProviderPtr provider = makeProvider(ProviderKind::kChecking);
+  const MBQAccessProviderPtr provider = makeProvider(kChecking);
   for (const std::string name : {"envm", "EnvM ", ""}) {
     SCOPED_TRACE("'" + name + "'");
     EXPECT_EQ(nullptr, multiplexer.getLocal(provider, name));
@@ -153,22 +128,10 @@ TEST(MBQFunctionalMultiplexerTest, UnknownNameGivesNullOnEveryPath) {
   }
 }
 
-TEST(MBQFunctionalMultiplexerTest, GetLocalHandsTheProviderOverUnchanged) {
-  Multiplexer multiplexer;
-  auto local = std::make_shared<MockLocalFactory>();
-  multiplexer.registerLocal("svc", local);
-  const MBQAccessProviderPtr provider = makeProvider(ProviderKind::kChecking);
-  const ServicePtr product = std::make_shared<ServiceImpl>();
-  EXPECT_CALL(*local, create(provider)).WillOnce(Return(product));
-  EXPECT_CALL(*local, create(MBQAccessProviderPtr())).WillOnce(Return(nullptr));
-  EXPECT_EQ(product, multiplexer.getLocal(provider, "svc"));
-  EXPECT_EQ(nullptr, multiplexer.getLocal(nullptr, "svc"));
-}
-
 TEST(MBQFunctionalMultiplexerTest, AgentParameterIsKeptApartFromTheFactory) {
   Multiplexer multiplexer;
   auto agent = std::make_shared<MockAgentFactory>();
-  const MBQAccessProviderPtr provider = makeProvider(ProviderKind::kWithoutChecker);
+  const MBQAccessProviderPtr provider = makeProvider(kWithoutChecker);
   const ServicePtr product = std::make_shared<ServiceImpl>();
   ::testing::InSequence order;
 
@@ -236,7 +199,7 @@ TEST(MBQFunctionalMultiplexerTest, FactoryMayUseTheRegistryWhileCreating) {
     return multiplexer.get(kRemoteEid, provider, "peer");
   });
   multiplexer.registerLocal("svc", local);
-  EXPECT_EQ(agentProduct, multiplexer.getLocal(makeProvider(ProviderKind::kChecking), "svc"));
+  EXPECT_EQ(agentProduct, multiplexer.getLocal(makeProvider(kChecking), "svc"));
 }
 
 TEST(MBQFunctionalMultiplexerDeathTest, NullOrDuplicateFactoryAborts) {

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "../MBQTestSupport.h"
 #include "MBQMessage/MBQMessage.h"
 
 namespace MBQ {
@@ -32,10 +33,8 @@ TEST(MBQIPPoolAllocationTest, RoundTripsThroughMessageText) {
   for (const MBQIPPoolAllocation& written : cases) {
     MBQMessage message;
     ASSERT_EQ(0, message.iterator()->putObject(written, MBQIPPoolAllocation::Writer(), "allocation"));
-    MBQMessage reread;
-    ASSERT_EQ(0, reread.parse(message.toString()));
     MBQIPPoolAllocation read = allocation("10.9.9.9", &some);
-    ASSERT_EQ(0, reread.iterator()->getObject(read, MBQIPPoolAllocation::Reader(), "allocation"));
+    ASSERT_EQ(0, test::reparsed(message).iterator()->getObject(read, MBQIPPoolAllocation::Reader(), "allocation"));
     EXPECT_EQ(written, read) << message.toString();
   }
 }
@@ -48,20 +47,16 @@ TEST(MBQIPPoolAllocationTest, BadAddressTextsFailAndLeaveTheRecord) {
   };
   const std::vector<std::string> kept = {"10.0.0.53"};
   for (const char* document : documents) {
-    MBQMessage message;
-    ASSERT_EQ(0, message.parse(document)) << document;
     MBQIPPoolAllocation read = allocation("10.0.0.1", &kept);
-    EXPECT_EQ(-1, message.iterator()->getObject(read, MBQIPPoolAllocation::Reader(), "a")) << document;
+    EXPECT_EQ(-1, test::parsed(document).iterator()->getObject(read, MBQIPPoolAllocation::Reader(), "a")) << document;
     EXPECT_EQ(allocation("10.0.0.1", &kept), read) << document;
   }
 }
 
 TEST(MBQIPPoolAllocationTest, MissingGatewayKeepsItAndMissingListIsUnspecified) {
-  MBQMessage message;
-  ASSERT_EQ(0, message.parse("<m><a/></m>"));
   const std::vector<std::string> kept = {"10.0.0.53"};
   MBQIPPoolAllocation read = allocation("10.0.0.1", &kept);
-  ASSERT_EQ(0, message.iterator()->getObject(read, MBQIPPoolAllocation::Reader(), "a"));
+  ASSERT_EQ(0, test::parsed("<m><a/></m>").iterator()->getObject(read, MBQIPPoolAllocation::Reader(), "a"));
   EXPECT_EQ(allocation("10.0.0.1", nullptr), read);
 }
 

@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "../MBQTestSupport.h"
 #include "MBQMessage/MBQMessage.h"
 #include "MBQMessage/MBQNamespaces.h"
 
@@ -26,44 +27,28 @@ MBQNetNIC fullNic() {
   return nic;
 }
 
-// Writes the record in place under "nic" and reads the whole message back from its text.
-MBQMessage writeAndReparse(const MBQNetNIC& nic) {
+// The round trip is the record catalog's (through the virtual Ethernet device); here the core's
+// own schema type, and a network part written as a mask.
+TEST(MBQNetNICTest, WritesTheCoreSchemaTypeAndKeepsTheNetworkForm) {
   MBQMessage message;
-  auto it = message.iterator();
-  EXPECT_EQ(0, it->addChildAndDescend("nic"));
-  EXPECT_EQ(0, it->putObject(nic, MBQNetNIC::Writer()));
-  MBQMessage reread;
-  EXPECT_EQ(0, reread.parse(message.toString()));
-  return reread;
-}
-
-TEST(MBQNetNICTest, RoundTripsThroughMessageTextWithTheCoreSchemaType) {
-  const MBQMessage message = writeAndReparse(fullNic());
-  auto it = message.iterator();
+  auto out = message.iterator();
+  ASSERT_EQ(0, out->addChildAndDescend("nic"));
+  ASSERT_EQ(0, out->putObject(fullNic(), MBQNetNIC::Writer()));
+  auto it = test::reparsed(message).iterator();
   ASSERT_EQ(0, it->descend("nic"));
   std::string type;
   ASSERT_EQ(0, it->getSchemaType(type));
   EXPECT_EQ(std::string(kCoreTypesNamespace) + ":net_nicType", type);
-
   MBQNetNIC read;
   ASSERT_EQ(0, it->getObject(read, MBQNetNIC::Reader()));
   EXPECT_EQ(fullNic(), read);
-  // The network part keeps the form it was written in.
   EXPECT_EQ("10.0.0.6/255.255.255.0", read.getAddresses()[1].toStringWithNetwork());
 }
 
-TEST(MBQNetNICTest, EmptyRecordRoundTrips) {
-  const MBQMessage message = writeAndReparse(MBQNetNIC());
-  MBQNetNIC read = fullNic();
-  ASSERT_EQ(0, message.iterator()->getObject(read, MBQNetNIC::Reader(), "nic"));
-  EXPECT_EQ(MBQNetNIC(), read);
-}
-
 TEST(MBQNetNICTest, ReaderKeepsFieldsOfMissingElementsButReplacesTheAddressList) {
-  MBQMessage message;
-  ASSERT_EQ(0, message.parse("<m><nic><ifname>eth7</ifname><dhcp>true</dhcp></nic></m>"));
+  auto it = test::parsed("<m><nic><ifname>eth7</ifname><dhcp>true</dhcp></nic></m>").iterator();
   MBQNetNIC read = fullNic();
-  ASSERT_EQ(0, message.iterator()->getObject(read, MBQNetNIC::Reader(), "nic"));
+  ASSERT_EQ(0, it->getObject(read, MBQNetNIC::Reader(), "nic"));
   MBQNetNIC expected = fullNic();
   expected.setName("eth7");
   expected.setDhcp(true);
@@ -72,9 +57,8 @@ TEST(MBQNetNICTest, ReaderKeepsFieldsOfMissingElementsButReplacesTheAddressList)
 }
 
 TEST(MBQNetNICTest, AddressElementsKeepTextsThatAreNoAddresses) {
-  MBQMessage message;
-  ASSERT_EQ(0, message.parse("<m><nic><address>dhcp</address><address></address>"
-                             "<address>10.1.1.1</address></nic></m>"));
+  const MBQMessage message =
+      test::parsed("<m><nic><address>dhcp</address><address></address><address>10.1.1.1</address></nic></m>");
   MBQNetNIC read;
   ASSERT_EQ(0, message.iterator()->getObject(read, MBQNetNIC::Reader(), "nic"));
   ASSERT_EQ(3u, read.getAddresses().size());
@@ -91,10 +75,8 @@ TEST(MBQNetNICTest, MalformedFlagFailsAndLeavesTheRecord) {
       "<m><nic><ifname>x</ifname><dhcp>2</dhcp></nic></m>",
   };
   for (const char* document : documents) {
-    MBQMessage message;
-    ASSERT_EQ(0, message.parse(document)) << document;
     MBQNetNIC read = fullNic();
-    EXPECT_EQ(-1, message.iterator()->getObject(read, MBQNetNIC::Reader(), "nic")) << document;
+    EXPECT_EQ(-1, test::parsed(document).iterator()->getObject(read, MBQNetNIC::Reader(), "nic")) << document;
     EXPECT_EQ(fullNic(), read) << document;
   }
 }

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "../MBQTestSupport.h"
 #include "MBQMessage/MBQDerivedParsers.h"
 #include "MBQMessage/MBQMessage.h"
 #include "MBQMessage/MBQNamespaces.h"
@@ -70,10 +71,8 @@ std::string roundTrip(const Shape& shape) {
 }
 
 std::shared_ptr<Shape> readShape(const std::string& text, bool useDefault = false, int* rc = nullptr) {
-  MBQMessage message;
-  EXPECT_EQ(0, message.parse(text));
   std::shared_ptr<Shape> shape;
-  int status = message.iterator()->getObject(shape, MBQReaderDerivedValid<Shape>(useDefault), "shape");
+  int status = test::parsed(text).iterator()->getObject(shape, MBQReaderDerivedValid<Shape>(useDefault), "shape");
   if (rc) *rc = status;
   return shape;
 }
@@ -85,23 +84,6 @@ TEST(MBQDerivedParsersTest, RegistryHoldsSchemaNamesAndRuntimeTypes) {
   EXPECT_EQ(&squareFactory, ShapeFactory::findByName(std::string(kCoreTypesNamespace) + ":envType"));
   EXPECT_EQ(&circleFactory, ShapeFactory::findByType(typeid(Circle)));
   EXPECT_EQ(nullptr, ShapeFactory::defaultFactory());
-}
-
-TEST(MBQDerivedParsersTest, WritingRecordsTheTypeSoReadingChoosesTheClass) {
-  Circle circle;
-  circle.label = "c";
-  circle.radius = 3;
-  auto shape = readShape(roundTrip(circle));
-  auto* back = dynamic_cast<Circle*>(shape.get());
-  ASSERT_NE(nullptr, back);
-  EXPECT_EQ("c", back->label);
-  EXPECT_EQ(3, back->radius);
-
-  Square square;
-  square.side = 4;
-  shape = readShape(roundTrip(square));
-  ASSERT_NE(nullptr, dynamic_cast<Square*>(shape.get()));
-  EXPECT_EQ(4, static_cast<Square&>(*shape).side);
 }
 
 TEST(MBQDerivedParsersTest, UnknownOrMissingTypeFailsAndLeavesPointer) {
@@ -117,9 +99,7 @@ TEST(MBQDerivedParsersTest, UnknownOrMissingTypeFailsAndLeavesPointer) {
 }
 
 TEST(MBQDerivedParsersTest, FailedReadLeavesCallersPointer) {
-  MBQMessage message;
-  ASSERT_EQ(0, message.parse(roundTrip(Circle())));
-  auto it = message.iterator();
+  auto it = test::parsed(roundTrip(Circle())).iterator();
   it->descend("shape");
   ASSERT_EQ(0, it->lookup(1024));
   it->remove();
@@ -129,18 +109,25 @@ TEST(MBQDerivedParsersTest, FailedReadLeavesCallersPointer) {
   EXPECT_EQ(previous, shape);
 }
 
-TEST(MBQDerivedParsersTest, ListOfDerivedRecordsReadsEachAsItsOwnClass) {
-  std::vector<std::shared_ptr<Shape>> shapes{std::make_shared<Circle>(), std::make_shared<Square>(),
-                                             std::make_shared<Circle>()};
+TEST(MBQDerivedParsersTest, WritingRecordsTheTypeSoReadingChoosesTheClass) {
+  auto circle = std::make_shared<Circle>();
+  circle->label = "c";
+  circle->radius = 3;
+  auto square = std::make_shared<Square>();
+  square->side = 4;
+  const std::vector<std::shared_ptr<Shape>> shapes{circle, square, std::make_shared<Circle>()};
   MBQMessage message;
   ASSERT_EQ(0, MBQWriterList(MBQWriterDerived<Shape>(), "shape")(*message.iterator(), shapes));
   std::vector<std::shared_ptr<Shape>> back;
-  MBQMessage reread;
-  ASSERT_EQ(0, reread.parse(message.toString()));
-  ASSERT_EQ(0, MBQReaderList(MBQReaderDerivedValid<Shape>(false), "shape")(*reread.iterator(), back));
+  auto it = test::reparsed(message).iterator();
+  ASSERT_EQ(0, MBQReaderList(MBQReaderDerivedValid<Shape>(false), "shape")(*it, back));
   ASSERT_EQ(3u, back.size());
-  EXPECT_NE(nullptr, dynamic_cast<Circle*>(back[0].get()));
-  EXPECT_NE(nullptr, dynamic_cast<Square*>(back[1].get()));
+  auto* circleBack = dynamic_cast<Circle*>(back[0].get());
+  ASSERT_NE(nullptr, circleBack);
+  EXPECT_EQ("c", circleBack->label);
+  EXPECT_EQ(3, circleBack->radius);
+  ASSERT_NE(nullptr, dynamic_cast<Square*>(back[1].get()));
+  EXPECT_EQ(4, static_cast<Square&>(*back[1]).side);
   EXPECT_NE(nullptr, dynamic_cast<Circle*>(back[2].get()));
 }
 

@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "../MBQTestSupport.h"
 #include "MBQCore/MBQError.h"
 #include "MBQMessage/MBQMessage.h"
 #include "MBQMessage/MBQNamespaces.h"
@@ -34,17 +35,14 @@ TEST(MBQMessageTest, MalformedXmlFailsWithLineAndColumnAndKeepsOldDocument) {
 }
 
 TEST(MBQMessageTest, ParsedTextSurvivesSerialisation) {
-  MBQMessage message;
-  ASSERT_EQ(0, message.parse("<r><a>1 &lt; 2</a><b><![CDATA[x&y]]></b><c/></r>"));
+  const MBQMessage message = test::parsed("<r><a>1 &lt; 2</a><b><![CDATA[x&y]]></b><c/></r>");
   auto it = message.iterator();
   std::string a, b;
   EXPECT_EQ(0, it->getValue("a", a));
   EXPECT_EQ(0, it->getValue("b", b));
   EXPECT_EQ("1 < 2", a);
   EXPECT_EQ("x&y", b);
-  MBQMessage again;
-  ASSERT_EQ(0, again.parse(message.toString()));
-  EXPECT_EQ(message.toString(), again.toString());
+  EXPECT_EQ(message.toString(), test::reparsed(message).toString());
 }
 
 TEST(MBQMessageTest, ExternalEntitiesAreNeverLoaded) {
@@ -123,13 +121,9 @@ TEST(MBQMessageTest, SchemaTypeIsNamespaceQualifiedAndSurvivesImport) {
   EXPECT_EQ(std::string(kCoreTypesNamespace) + ":envType", type);
 
   // A target whose "ktr" prefix is bound to something else forces new prefixes on import.
-  MBQMessage target;
-  ASSERT_EQ(0, target.parse("<t xmlns:ktr='urn:other' xmlns:mbq='urn:else'/>"));
-  auto out = target.iterator();
-  ASSERT_EQ(0, out->importChildren(*source.iterator()));
-  MBQMessage reread;
-  ASSERT_EQ(0, reread.parse(target.toString()));
-  auto in = reread.iterator();
+  MBQMessage target = test::parsed("<t xmlns:ktr='urn:other' xmlns:mbq='urn:else'/>");
+  ASSERT_EQ(0, target.iterator()->importChildren(*source.iterator()));
+  auto in = test::reparsed(target).iterator();
   ASSERT_EQ(0, in->descend("rec"));
   ASSERT_EQ(0, in->getSchemaType(type));
   EXPECT_EQ(std::string(kTypesNamespace) + ":venv_configType", type) << target.toString();
@@ -139,14 +133,11 @@ TEST(MBQMessageTest, SchemaTypeIsNamespaceQualifiedAndSurvivesImport) {
 }
 
 TEST(MBQMessageTest, ImportKeepsATypeWhoseLocalPartHoldsAColon) {
-  MBQMessage source;
-  ASSERT_EQ(0, source.parse("<m xmlns:xsi='http://www.w3.org/2001/XMLSchema-instance' xmlns:p='urn:p'>"
-                            "<a xsi:type='p:b:c'/></m>"));
+  const MBQMessage source = test::parsed(
+      "<m xmlns:xsi='http://www.w3.org/2001/XMLSchema-instance' xmlns:p='urn:p'><a xsi:type='p:b:c'/></m>");
   MBQMessage target;
   ASSERT_EQ(0, target.iterator()->importChildren(*source.iterator()));
-  MBQMessage reread;
-  ASSERT_EQ(0, reread.parse(target.toString())) << target.toString();
-  auto it = reread.iterator();
+  auto it = test::reparsed(target).iterator();
   ASSERT_EQ(0, it->descend("a"));
   std::string type;
   ASSERT_EQ(0, it->getSchemaType(type));
@@ -154,9 +145,8 @@ TEST(MBQMessageTest, ImportKeepsATypeWhoseLocalPartHoldsAColon) {
 }
 
 TEST(MBQMessageTest, SchemaTypeFailuresAreReported) {
-  MBQMessage message;
-  ASSERT_EQ(0, message.parse("<r xmlns:xsi='http://www.w3.org/2001/XMLSchema-instance'>"
-                             "<a xsi:type='nope:t'/><b/><c xsi:type='plain'/></r>"));
+  MBQMessage message = test::parsed("<r xmlns:xsi='http://www.w3.org/2001/XMLSchema-instance'>"
+                                    "<a xsi:type='nope:t'/><b/><c xsi:type='plain'/></r>");
   auto it = message.iterator();
   std::string type;
   ASSERT_EQ(0, it->descend("a"));
@@ -208,8 +198,7 @@ TEST(MBQMessageTest, ChildOrderPlacesRankedChildrenBeforeUnranked) {
 }
 
 TEST(MBQMessageTest, WalksChildrenOfAnyNameInDocumentOrder) {
-  MBQMessage message;
-  ASSERT_EQ(0, message.parse("<r>text<a/><!-- c --><b/>tail<c/></r>"));
+  const MBQMessage message = test::parsed("<r>text<a/><!-- c --><b/>tail<c/></r>");
   auto it = message.iterator();
   std::string names;
   ASSERT_EQ(0, it->descendFirst());
@@ -223,17 +212,12 @@ TEST(MBQMessageTest, WalksChildrenOfAnyNameInDocumentOrder) {
 }
 
 TEST(MBQMessageTest, EmptyElementIgnoresWhitespace) {
-  MBQMessage message;
-  ASSERT_EQ(0, message.parse("<r><a>\n  </a><b> x </b><c><d/></c></r>"));
-  auto it = message.iterator();
-  it->descend("a");
-  EXPECT_TRUE(it->isEmptyElement());
-  it->up();
-  it->descend("b");
-  EXPECT_FALSE(it->isEmptyElement());
-  it->up();
-  it->descend("c");
-  EXPECT_FALSE(it->isEmptyElement());
+  auto it = test::parsed("<r><a>\n  </a><b> x </b><c><d/></c></r>").iterator();
+  for (const auto& [name, empty] : {std::pair<const char*, bool>{"a", true}, {"b", false}, {"c", false}}) {
+    ASSERT_EQ(0, it->descend(name));
+    EXPECT_EQ(empty, it->isEmptyElement()) << name;
+    it->up();
+  }
 }
 
 }  // namespace
