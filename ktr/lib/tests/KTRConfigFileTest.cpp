@@ -10,11 +10,13 @@
 
 #include <chrono>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
-#include <sstream>
+#include <set>
 #include <string>
 
 #include "KTRFunctionality/KTRConfigFile.h"
+#include "KTRRecordTesting.h"
 #include "MBQCore/MBQError.h"
 
 namespace KTR {
@@ -22,13 +24,7 @@ namespace {
 
 class KTRConfigFileTest : public ::testing::Test {
  protected:
-  void SetUp() override {
-    char pattern[] = "/tmp/ktrconfigfile.XXXXXX";
-    ASSERT_NE(nullptr, ::mkdtemp(pattern));
-    dir_ = pattern;
-    ::chmod(dir_.c_str(), 0755);
-  }
-  void TearDown() override { std::system(("rm -rf " + dir_).c_str()); }
+  void SetUp() override { ::chmod(dir_.c_str(), 0755); }
 
   std::string write(const std::string& name, const std::string& text) {
     std::string path = dir_ + "/" + name;
@@ -40,26 +36,17 @@ class KTRConfigFileTest : public ::testing::Test {
     EXPECT_EQ(0, readConfigFile(path, text)) << MBQ::getErrorMessage();
     return text;
   }
+  // The folder's names, sorted, each followed by a blank.
   std::string listing() {
-    std::string names;
-    std::string list = "/tmp/ktrconfigfile.listing." + std::to_string(::getpid());
-    std::system(("ls -A " + dir_ + " > " + list).c_str());
-    std::ifstream in(list);
-    for (std::string line; std::getline(in, line);) names += line + " ";
-    ::unlink(list.c_str());
-    return names;
-  }
-  // Runs `body` in a child process; gives its exit status.
-  template <class Body>
-  int inChild(Body body) {
-    pid_t child = ::fork();
-    if (child == 0) std::_Exit(body());
-    int status = 0;
-    ::waitpid(child, &status, 0);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+    std::set<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(dir_)) names.insert(entry.path().filename());
+    std::string joined;
+    for (const std::string& name : names) joined += name + " ";
+    return joined;
   }
 
-  std::string dir_;
+  testing::TempDir folder_;
+  const std::string dir_ = folder_.path();
 };
 
 TEST_F(KTRConfigFileTest, CommitReplacesTheTextAndKeepsTheFilesAttributes) {
@@ -178,13 +165,16 @@ TEST_F(KTRConfigFileTest, AUserWhoCannotWriteTheFileCannotLockIt) {
   if (::geteuid() != 0) GTEST_SKIP() << "needs root to act as another user";
   const std::string path = write("ve.conf", "A=1\n");
   ASSERT_EQ(0, ::chmod(path.c_str(), 0644));
-  const int status = inChild([&] {
-    if (::setgid(65534) != 0 || ::setuid(65534) != 0) return 3;
+  const pid_t child = ::fork();
+  if (child == 0) {
+    if (::setgid(65534) != 0 || ::setuid(65534) != 0) std::_Exit(3);
     KTRConfigFileEdit edit;
-    if (edit.begin(path, 0) == 0) return 1;
-    return MBQ::getErrorMessage().find("Permission denied") != std::string::npos ? 0 : 2;
-  });
-  EXPECT_EQ(0, status);
+    if (edit.begin(path, 0) == 0) std::_Exit(1);
+    std::_Exit(MBQ::getErrorMessage().find("Permission denied") != std::string::npos ? 0 : 2);
+  }
+  int status = -1;
+  ::waitpid(child, &status, 0);
+  EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
 }
 
 TEST_F(KTRConfigFileTest, ReplaceCreatesOrReplacesAndAFailureLeavesTheOldFile) {

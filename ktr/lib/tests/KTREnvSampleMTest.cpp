@@ -1,9 +1,7 @@
 #include "KTRFunctionality/KTREnvSampleM.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <memory>
 #include <set>
 #include <string>
 #include <vector>
@@ -13,10 +11,15 @@
 #include "KTRRecordTesting.h"
 #include "MBQCore/MBQError.h"
 
+// What the container check adds to the formula checker (KTRQoSTuneTest, which owns the
+// checker's messages): the values it feeds in, the SLM modes, the records it reports.
+
 namespace KTR {
 namespace {
 
+using MBQ::MBQQoS;
 using Names = std::vector<std::string>;
+using Values = std::set<MBQQoS>;
 
 // Resources a, b (barrier:limit), numproc, avnumproc, slmmemorylimit; formulas 1-4.
 const char* const kVocabulary =
@@ -37,13 +40,7 @@ const char* const kVocabulary =
     "<formula_info>a barrier of 0</formula_info></parameter>"
     "</category></technology></vocabulary>";
 
-MBQ::MBQVocMapSP testVocabulary() {
-  auto vocabulary = std::make_shared<MBQ::MBQVocMap>();
-  EXPECT_EQ(0, vocabulary->load(kVocabulary)) << MBQ::getErrorMessage();
-  return vocabulary;
-}
-
-KTREnvConfig configWith(const std::set<MBQ::MBQQoS>& qoses, const char* slmMode = nullptr) {
+KTREnvConfig configWith(const Values& qoses, const char* slmMode = nullptr) {
   KTREnvConfig config;
   config.setQoSes(qoses);
   if (slmMode != nullptr) config.setSLMMode(std::string(slmMode));
@@ -51,39 +48,40 @@ KTREnvConfig configWith(const std::set<MBQ::MBQQoS>& qoses, const char* slmMode 
 }
 
 // Every formula of the test vocabulary holds.
-std::set<MBQ::MBQQoS> goodValues() {
-  return {MBQ::MBQQoS("a", 10, 20), MBQ::MBQQoS("b", 30, 40), MBQ::MBQQoS("numproc", 100, 200),
-          MBQ::MBQQoS("avnumproc", 50)};
+const Values kGood = {MBQQoS("a", 10, 20), MBQQoS("b", 30, 40), MBQQoS("numproc", 100, 200), MBQQoS("avnumproc", 50)};
+
+class KTREnvSampleMTest : public ::testing::Test {
+ protected:
+  int validate(const KTREnvConfig& config) {
+    out_.clear();
+    return validateQoSes(&out_, vocabulary_, config);
+  }
+  std::vector<int> ids() const {
+    std::vector<int> found;
+    for (const KTRQoSValidation& r : out_) found.push_back(r.getId());
+    return found;
+  }
+  MBQ::MBQVocMapSP vocabulary_ = testing::vocabularyFrom(kVocabulary);
+  std::vector<KTRQoSValidation> out_;
+};
+
+TEST_F(KTREnvSampleMTest, ReportsEachViolationWithNamesInIndexOrderAfterWhatTheOutputHeld) {
+  out_.resize(1);
+  EXPECT_EQ(0, validateQoSes(&out_, vocabulary_, configWith(kGood)));
+  EXPECT_EQ(1u, out_.size()) << "satisfied formulas add nothing";
+  const Values values = {MBQQoS("a", 30, 50), MBQQoS("b", 50, 40), MBQQoS("numproc", 100, 200), MBQQoS("avnumproc", 1)};
+  ASSERT_EQ(0, validateQoSes(&out_, vocabulary_, configWith(values))) << MBQ::getErrorMessage();
+  ASSERT_EQ(3u, out_.size());
+  EXPECT_EQ(KTRQoSValidation({"b"}, 1, "QOS.soft <= QOS.hard", "barrier above limit"), out_[1]);
+  EXPECT_EQ(KTRQoSValidation({"a", "b"}, 2, "b.hard >= a.hard", "b below a"), out_[2]);
 }
 
-std::vector<int> ids(const std::vector<KTRQoSValidation>& records) {
-  std::vector<int> out;
-  for (const KTRQoSValidation& r : records) out.push_back(r.getId());
-  return out;
-}
-
-TEST(KTREnvSampleMTest, SatisfiedFormulasLeaveTheOutputUnchanged) {
-  std::vector<KTRQoSValidation> out(1);
-  EXPECT_EQ(0, validateQoSes(&out, testVocabulary(), configWith(goodValues())));
-  EXPECT_EQ(1u, out.size());
-}
-
-TEST(KTREnvSampleMTest, ReportsEachViolationWithNamesInIndexOrder) {
-  std::vector<KTRQoSValidation> out;
-  std::set<MBQ::MBQQoS> values = {MBQ::MBQQoS("a", 30, 50), MBQ::MBQQoS("b", 50, 40), MBQ::MBQQoS("numproc", 100, 200),
-                                  MBQ::MBQQoS("avnumproc", 1)};
-  ASSERT_EQ(0, validateQoSes(&out, testVocabulary(), configWith(values))) << MBQ::getErrorMessage();
-  ASSERT_EQ(2u, out.size());
-  EXPECT_EQ(KTRQoSValidation({"b"}, 1, "QOS.soft <= QOS.hard", "barrier above limit"), out[0]);
-  EXPECT_EQ(KTRQoSValidation({"a", "b"}, 2, "b.hard >= a.hard", "b below a"), out[1]);
-}
-
-TEST(KTREnvSampleMTest, SLMModeMayReplaceTheCheck) {
+TEST_F(KTREnvSampleMTest, SLMModeMayReplaceTheCheck) {
   // a's barrier is above its limit, so a check that runs reports formula 1.
-  const std::set<MBQ::MBQQoS> violating = {MBQ::MBQQoS("a", 30, 20), MBQ::MBQQoS("b", 30, 40),
-                                           MBQ::MBQQoS("numproc", 100, 200), MBQ::MBQQoS("avnumproc", 1)};
-  std::set<MBQ::MBQQoS> limited = violating;
-  limited.insert(MBQ::MBQQoS("slmmemorylimit", 1 << 30));
+  const Values violating = {MBQQoS("a", 30, 20), MBQQoS("b", 30, 40), MBQQoS("numproc", 100, 200),
+                            MBQQoS("avnumproc", 1)};
+  Values limited = violating;
+  limited.insert(MBQQoS("slmmemorylimit", 1 << 30));
   struct Case {
     const char* mode;
     bool withLimit;
@@ -91,147 +89,103 @@ TEST(KTREnvSampleMTest, SLMModeMayReplaceTheCheck) {
     std::vector<int> reported;
   };
   const Case cases[] = {
-      {"slm", true, 0, {}},
-      {"SLM", true, 0, {}},
-      {"slm", false, kSLMMemoryLimitMissing, {}},
-      {"Slm", false, kSLMMemoryLimitMissing, {}},
-      {"all", true, 0, {}},
-      {"ALL", true, 0, {}},
-      {"all", false, 0, {1}},
-      {"ub", true, 0, {1}},
-      {"", true, 0, {1}},
-      {nullptr, true, 0, {1}},
+      {"SLM", true, 0, {}},  {"slm", false, kSLMMemoryLimitMissing, {}},
+      {"ALL", true, 0, {}},  {"all", false, 0, {1}},
+      {"ub", true, 0, {1}},  {nullptr, true, 0, {1}},
   };
   for (const Case& c : cases) {
-    std::vector<KTRQoSValidation> out;
-    EXPECT_EQ(c.status, validateQoSes(&out, testVocabulary(), configWith(c.withLimit ? limited : violating, c.mode)))
-        << (c.mode ? c.mode : "(none)") << " " << c.withLimit;
-    EXPECT_EQ(c.reported, ids(out)) << (c.mode ? c.mode : "(none)") << " " << c.withLimit;
+    const std::string what = std::string(c.mode ? c.mode : "(none)") + (c.withLimit ? " with limit" : "");
+    EXPECT_EQ(c.status, validate(configWith(c.withLimit ? limited : violating, c.mode))) << what;
+    EXPECT_EQ(c.reported, ids()) << what;
   }
 }
 
-TEST(KTREnvSampleMTest, FormulasSeeLimitForMissingBarrierAndHalfNumprocForAvnumproc) {
+TEST_F(KTREnvSampleMTest, FormulasSeeLimitForMissingBarrierAndHalfNumprocForAvnumproc) {
+  const MBQQoS ones[] = {MBQQoS("a", 1, 1), MBQQoS("b", 1, 1)};
   struct Case {
-    std::set<MBQ::MBQQoS> values;
+    Values values;
     std::vector<Names> reported;  // names of each violation, all of formula 1
   };
   const Case cases[] = {
       // Without barrier, a is checked as 20:20 (formula 4 wants a barrier above 0).
-      {{MBQ::MBQQoS("a", 20), MBQ::MBQQoS("b", 20), MBQ::MBQQoS("numproc", 100, 200), MBQ::MBQQoS("avnumproc", 50)},
-       {}},
-      // avnumproc is numproc halved, 50:100, whatever the container says.
-      {{MBQ::MBQQoS("a", 1, 1), MBQ::MBQQoS("b", 1, 1), MBQ::MBQQoS("numproc", 100, 200),
-        MBQ::MBQQoS("avnumproc", 99999)},
+      {{MBQQoS("a", 20), MBQQoS("b", 20), MBQQoS("numproc", 100, 200), MBQQoS("avnumproc", 50)}, {}},
+      // avnumproc is numproc halved, rounding down, whatever the container says.
+      {{ones[0], ones[1], MBQQoS("numproc", 99, 99), MBQQoS("avnumproc", 9223372036854775807LL)}, {}},
+      {{ones[0], ones[1], MBQQoS("numproc", 4611686018427387903LL, 4611686018427387903LL), MBQQoS("avnumproc", 1)},
        {}},
       // numproc 101:50 breaks formula 1, and so does its half 50:25 under the name avnumproc.
-      {{MBQ::MBQQoS("a", 1, 1), MBQ::MBQQoS("b", 1, 1), MBQ::MBQQoS("numproc", 101, 50), MBQ::MBQQoS("avnumproc", 1)},
-       {{"numproc"}, {"avnumproc"}}},
+      {{ones[0], ones[1], MBQQoS("numproc", 101, 50), MBQQoS("avnumproc", 1)}, {{"numproc"}, {"avnumproc"}}},
   };
   for (const Case& c : cases) {
-    std::vector<KTRQoSValidation> out;
-    ASSERT_EQ(0, validateQoSes(&out, testVocabulary(), configWith(c.values))) << MBQ::getErrorMessage();
+    ASSERT_EQ(0, validate(configWith(c.values))) << MBQ::getErrorMessage();
     std::vector<Names> got;
-    for (const KTRQoSValidation& r : out) {
-      EXPECT_EQ(1, r.getId());
-      got.push_back(r.getNames());
-    }
+    for (const KTRQoSValidation& r : out_) got.push_back(r.getNames());
     EXPECT_EQ(c.reported, got);
+    EXPECT_EQ(std::vector<int>(c.reported.size(), 1), ids());
   }
-  // Without numproc, nothing is substituted, and formula 3 reads the absent numproc.
-  std::vector<KTRQoSValidation> out;
-  EXPECT_EQ(kTuneParameterAbsent,
-            validateQoSes(&out, testVocabulary(),
-                          configWith({MBQ::MBQQoS("a", 1, 1), MBQ::MBQQoS("b", 1, 1), MBQ::MBQQoS("avnumproc", 1)})));
-  EXPECT_EQ("parameter 'numproc' is absent", MBQ::getErrorMessage());
+  // Without numproc nothing is substituted, and formula 3 reads the absent numproc.
+  EXPECT_EQ(kTuneParameterAbsent, validate(configWith({ones[0], ones[1], MBQQoS("avnumproc", 1)})));
 }
 
-TEST(KTREnvSampleMTest, AvnumprocIsCheckedAsHalfOfNumproc) {
-  // Formula 3 (avnumproc * 2 <= numproc) holds for any numproc once avnumproc is its half,
-  // rounding down; with an odd barrier the halved value still fits.
-  for (long long barrier : {0LL, 1LL, 99LL, 100LL, 4611686018427387903LL}) {
-    std::vector<KTRQoSValidation> out;
-    const std::set<MBQ::MBQQoS> values = {MBQ::MBQQoS("a", 1, 1), MBQ::MBQQoS("b", 1, 1),
-                                          MBQ::MBQQoS("numproc", barrier, barrier),
-                                          MBQ::MBQQoS("avnumproc", 9223372036854775807LL)};
-    ASSERT_EQ(0, validateQoSes(&out, testVocabulary(), configWith(values)));
-    EXPECT_TRUE(out.empty()) << barrier;
-  }
-}
-
-TEST(KTREnvSampleMTest, FailuresComeWithTheirStatusAndMessage) {
-  std::vector<KTRQoSValidation> out;
-  EXPECT_EQ(kTuneFailed, validateQoSes(&out, testVocabulary(), KTREnvConfig()));
-  EXPECT_EQ("invalid vocabulary", MBQ::getErrorMessage());
+TEST_F(KTREnvSampleMTest, AConfigurationWithoutResourcesOrAFailingCheckerFails) {
   KTREnvConfig empty;
-  empty.setQoSes(std::set<MBQ::MBQQoS>());
-  EXPECT_EQ(kTuneFailed, validateQoSes(&out, testVocabulary(), empty));
-  EXPECT_EQ("invalid vocabulary", MBQ::getErrorMessage());
-  EXPECT_EQ(kTuneFailed, validateQoSes(&out, nullptr, configWith(goodValues())));
-  EXPECT_EQ("invalid vocabulary", MBQ::getErrorMessage());
-  auto noFormulas = std::make_shared<MBQ::MBQVocMap>();
-  ASSERT_EQ(0, noFormulas->load("<vocabulary><technology><name>quellix</name><category><name>qos</name>"
-                                "<parameter><name>a</name></parameter></category></technology></vocabulary>"));
-  EXPECT_EQ(kTuneFailed, validateQoSes(&out, noFormulas, configWith(goodValues())));
-  EXPECT_EQ("can not read FORMULAE", MBQ::getErrorMessage());
-  EXPECT_TRUE(out.empty());
-}
-
-TEST(KTREnvSampleMTest, TheDefaultVocabularyAcceptsTheShippedExample) {
-  // The values of examples/containers/101.conf that the formulas read.
-  const std::set<MBQ::MBQQoS> values = {
-      MBQ::MBQQoS("kernelmem", 12582912, 13631488), MBQ::MBQQoS("dircache", 2621440, 2883584),
-      MBQ::MBQQoS("privmem", 131072, 139264),       MBQ::MBQQoS("sharedmem", 32768, 32768),
-      MBQ::MBQQoS("lockedmem", 512, 512),           MBQ::MBQQoS("guarmem", 65536, 9223372036854775807LL),
-      MBQ::MBQQoS("oomsafemem", 49152, 9223372036854775807LL), MBQ::MBQQoS("numproc", 256, 256),
-      MBQ::MBQQoS("avnumproc", 192),                MBQ::MBQQoS("openfiles", 8192, 8192),
-      MBQ::MBQQoS("filelocks", 256, 288),           MBQ::MBQQoS("terminals", 32, 32),
-      MBQ::MBQQoS("tcpsockets", 320, 320),          MBQ::MBQQoS("othersockets", 320, 320),
-      MBQ::MBQQoS("tcpsendbuf", 1572864, 2424832),  MBQ::MBQQoS("tcprecvbuf", 1572864, 2424832),
-      MBQ::MBQQoS("otherbuf", 1048576, 1900544),    MBQ::MBQQoS("dgramrecvbuf", 196608, 196608),
-      MBQ::MBQQoS("diskblocks", 4194304, 4718592),  MBQ::MBQQoS("inodes", 262144, 294912),
-      MBQ::MBQQoS("cpuweight", 500),
-  };
-  std::vector<KTRQoSValidation> out;
-  ASSERT_EQ(0, validateQoSes(&out, defaultVocabulary(), configWith(values))) << MBQ::getErrorMessage();
-  for (const KTRQoSValidation& r : out) ADD_FAILURE() << r.getId() << ": " << r.getFormula();
-}
-
-// ---------------------------------------------------------------- the record
-
-class KTRQoSValidationTest : public testing::RecordTest {};
-
-TEST_F(KTRQoSValidationTest, WritesInLayoutOrderAndReadsBack) {
-  const KTRQoSValidation record({"numproc", "avnumproc"}, 501, "openfiles.soft >= 32 * avnumproc", "too few files");
-  const std::string text = write(record);
-  EXPECT_THAT(text, ::testing::HasSubstr("<r><type>501</type><parameter>numproc</parameter><parameter>avnumproc"
-                                         "</parameter><warning>openfiles.soft &gt;= 32 * avnumproc</warning>"
-                                         "<warning_info>too few files</warning_info></r>"));
-  KTRQoSValidation read;
-  ASSERT_EQ(0, this->read(text, read));
-  EXPECT_EQ(record, read);
-  KTRQoSValidation noNames;
-  ASSERT_EQ(0, this->read(write(KTRQoSValidation({}, 1, "f", "i")), noNames));
-  EXPECT_EQ(KTRQoSValidation({}, 1, "f", "i"), noNames);
-}
-
-TEST_F(KTRQoSValidationTest, ReaderRequiresIdFormulaAndMessage) {
-  const std::string full = write(KTRQoSValidation({"n"}, 1, "f", "i"));
-  const auto replaced = [&full](const std::string& from, const std::string& to) {
-    std::string text = full;
-    text.replace(text.find(from), from.size(), to);
-    return text;
-  };
-  for (const std::string& text : {replaced("<type>1</type>", ""), replaced("<type>1</type>", "<type>x</type>"),
-                                   replaced("<warning>f</warning>", ""),
-                                   replaced("<warning_info>i</warning_info>", "")}) {
-    KTRQoSValidation record;
-    EXPECT_EQ(-1, read(text, record)) << text;
+  empty.setQoSes(Values());
+  for (const KTREnvConfig& config : {KTREnvConfig(), empty}) {
+    EXPECT_EQ(kTuneFailed, validate(config));
+    EXPECT_EQ("invalid vocabulary", MBQ::getErrorMessage()) << "the wording callers match on";
   }
+  vocabulary_ = nullptr;
+  EXPECT_EQ(kTuneFailed, validate(configWith(kGood)));
+  EXPECT_TRUE(out_.empty());
+}
+
+TEST_F(KTREnvSampleMTest, TheDefaultVocabularyAcceptsTheShippedExample) {
+  // The values of examples/containers/101.conf that the formulas read.
+  const long long kMax = 9223372036854775807LL;
+  const Values values = {
+      MBQQoS("kernelmem", 12582912, 13631488), MBQQoS("dircache", 2621440, 2883584), MBQQoS("privmem", 131072, 139264),
+      MBQQoS("sharedmem", 32768, 32768),       MBQQoS("lockedmem", 512, 512),       MBQQoS("guarmem", 65536, kMax),
+      MBQQoS("oomsafemem", 49152, kMax),       MBQQoS("numproc", 256, 256),         MBQQoS("avnumproc", 192),
+      MBQQoS("openfiles", 8192, 8192),         MBQQoS("filelocks", 256, 288),       MBQQoS("terminals", 32, 32),
+      MBQQoS("tcpsockets", 320, 320),          MBQQoS("othersockets", 320, 320),    MBQQoS("cpuweight", 500),
+      MBQQoS("tcpsendbuf", 1572864, 2424832),  MBQQoS("tcprecvbuf", 1572864, 2424832),
+      MBQQoS("otherbuf", 1048576, 1900544),    MBQQoS("dgramrecvbuf", 196608, 196608),
+      MBQQoS("diskblocks", 4194304, 4718592),  MBQQoS("inodes", 262144, 294912),
+  };
+  vocabulary_ = defaultVocabulary();
+  ASSERT_EQ(0, validate(configWith(values))) << MBQ::getErrorMessage();
+  for (const KTRQoSValidation& r : out_) ADD_FAILURE() << r.getId() << ": " << r.getFormula();
 }
 
 TEST(KTREnvSampleMDeathTest, ANullOutputAborts) {
-  EXPECT_DEATH(validateQoSes(nullptr, testVocabulary(), configWith(goodValues())),
+  EXPECT_DEATH(validateQoSes(nullptr, testing::vocabularyFrom(kVocabulary), configWith(kGood)),
                "assertion failed at ktr/lib/src/KTRFunctionality/KTREnvSampleM:.*validateQoSes");
+}
+
+// ---------------------------------------------------------------- the record (not in the catalog)
+
+class KTRQoSValidationTest : public testing::RecordTest {};
+
+TEST_F(KTRQoSValidationTest, WritesInLayoutOrderReadsBackAndRequiresIdFormulaAndMessage) {
+  const KTRQoSValidation record({"numproc", "avnumproc"}, 501, "openfiles.soft >= 32 * avnumproc", "too few files");
+  const std::string text = write(record);
+  EXPECT_NE(std::string::npos, text.find("<r><type>501</type><parameter>numproc</parameter><parameter>avnumproc"
+                                         "</parameter><warning>openfiles.soft &gt;= 32 * avnumproc</warning>"
+                                         "<warning_info>too few files</warning_info></r>"))
+      << text;
+  for (const KTRQoSValidation& expected : {record, KTRQoSValidation({}, 1, "f", "i")}) {
+    KTRQoSValidation back;
+    ASSERT_EQ(0, read(write(expected), back));
+    EXPECT_EQ(expected, back);
+  }
+  const std::string full = write(KTRQoSValidation({"n"}, 1, "f", "i"));
+  for (const auto& [from, to] : {std::pair<const char*, const char*>{"<type>1</type>", ""},
+                                 {"<type>1</type>", "<type>x</type>"},
+                                 {"<warning>f</warning>", ""},
+                                 {"<warning_info>i</warning_info>", ""}}) {
+    KTRQoSValidation back;
+    EXPECT_EQ(-1, read(replaced(full, from, to), back)) << from << " -> " << to;
+  }
 }
 
 }  // namespace

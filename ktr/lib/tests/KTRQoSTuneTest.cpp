@@ -10,9 +10,9 @@
 #include <string>
 #include <vector>
 
+#include "KTRRecordTesting.h"
 #include "MBQCore/MBQError.h"
 #include "MBQFunctionalityCore/MBQEnvConfig.h"
-#include "MBQFunctionalityCore/MBQVocMap.h"
 
 namespace KTR {
 namespace {
@@ -57,14 +57,10 @@ std::string vocabularyText(const std::string& resources, const std::vector<Formu
   return text + "</category></technology></vocabulary>";
 }
 
-MBQ::MBQVocMapSP vocabulary(const std::string& text) {
-  auto loaded = std::make_shared<MBQ::MBQVocMap>();
-  EXPECT_EQ(0, loaded->load(text)) << MBQ::getErrorMessage();
-  return loaded;
-}
+using testing::vocabularyFrom;
 
 MBQ::MBQVocMapSP vocabulary(const std::vector<Formula>& formulas) {
-  return vocabulary(vocabularyText(kResources, formulas));
+  return vocabularyFrom(vocabularyText(kResources, formulas));
 }
 
 // Terms as text: P<value> parameter, M<value> multiple, N<value> number, O<row> operator.
@@ -150,15 +146,12 @@ TEST(KTRQoSTuneTokenTest, OperatorFunctionsComputeWithWrapAndASafeDivision) {
     std::int64_t a, b, expected;
   };
   const Case cases[] = {
-      {3, 2, -1, 1},      {3, 0, 5, 0},          {3, 5, 0, 0},
-      {4, 3, 3, 1},       {4, 2, 3, 0},          {5, 3, 3, 1},         {5, 4, 3, 0},
-      {6, 4, 3, 1},       {6, 3, 3, 0},          {7, 2, 3, 1},         {7, 3, 3, 0},
-      {8, 3, 3, 1},       {9, -4, 3, 1},         {10, 3, -4, 1},       {11, -4, 3, 1},
-      {12, 7, 7, 1},      {12, 7, 8, 0},
-      {13, 2, 3, 5},      {13, kMax, 1, kMin},   {13, kMax, kMax, -2},
-      {14, 2, 3, -1},     {14, kMin, 1, kMax},
-      {15, 6, -7, -42},   {15, kMax, 2, -2},     {15, kMin, -1, kMin},
-      {16, 7, 2, 3},      {16, -7, 2, -3},       {16, 7, 0, 0},        {16, kMin, -1, kMin},
+      {3, 2, -1, 1},    {3, 0, 5, 0},        {3, 5, 0, 0},        {4, 3, 3, 1},       {4, 2, 3, 0},
+      {5, 3, 3, 1},     {5, 4, 3, 0},        {6, 4, 3, 1},        {6, 3, 3, 0},       {7, 2, 3, 1},
+      {7, 3, 3, 0},     {8, 3, 3, 1},        {9, -4, 3, 1},       {10, 3, -4, 1},     {11, -4, 3, 1},
+      {12, 7, 7, 1},    {12, 7, 8, 0},       {13, 2, 3, 5},       {13, kMax, 1, kMin}, {13, kMax, kMax, -2},
+      {14, 2, 3, -1},   {14, kMin, 1, kMax}, {15, 6, -7, -42},    {15, kMax, 2, -2},  {15, kMin, -1, kMin},
+      {16, 7, 2, 3},    {16, -7, 2, -3},     {16, 7, 0, 0},       {16, kMin, -1, kMin},
   };
   for (const Case& c : cases) {
     ASSERT_NE(nullptr, KTRQVOperatorTable[c.row].function) << c.row;
@@ -250,17 +243,14 @@ TEST_F(KTRQoSTuneTest, RejectsWhatIsNotAFormula) {
   EXPECT_EQ(-1, tune_.formFormula(std::string("a\0(b) c", 7), notation));
 }
 
-TEST(KTRQoSTuneParseTest, TwoDifferentMultipleNamesAreRejected) {
+TEST_F(KTRQoSTuneTest, TwoDifferentMultipleNamesAreRejected) {
   // The library knows one multiple name; a second one is stood in for by an entry of the same
-  // name in a second checker, which formFormula must tell apart from its own.
-  MBQ::MBQVEnvConfig config;
-  KTRQVTune tune(config, vocabulary({{1, "a", "m"}}));
-  ASSERT_EQ(0, tune.init());
+  // name elsewhere, which formFormula must tell apart from its own.
   KTRQVPolishNotation notation;
-  ASSERT_EQ(0, tune.formFormula("QOS", notation));
+  ASSERT_EQ(0, tune_.formFormula("QOS", notation));
   KTRQVParamsValue other;
   notation.multiple = &other;
-  EXPECT_EQ(-1, tune.formFormula("QOS", notation));
+  EXPECT_EQ(-1, tune_.formFormula("QOS", notation));
 }
 
 // ---------------------------------------------------------------- init
@@ -291,7 +281,7 @@ TEST(KTRQoSTuneInitTest, FailsWithTheStatusAndMessage) {
   };
   for (const Case& c : cases) {
     MBQ::MBQVEnvConfig config;
-    KTRQVTune checker(config, c.vocabulary.empty() ? nullptr : vocabulary(c.vocabulary));
+    KTRQVTune checker(config, c.vocabulary.empty() ? nullptr : vocabularyFrom(c.vocabulary));
     MBQ::clearErrorMessage();
     EXPECT_EQ(kTuneFailed, checker.init()) << c.vocabulary;
     EXPECT_EQ(c.message, MBQ::getErrorMessage()) << c.vocabulary;
@@ -318,7 +308,7 @@ TEST(KTRQoSTuneInitTest, IndexesResourcesThenQOSAndKeepsFormulasInOrder) {
                     "<parameter><name>o</name><type>3</type><formula_info>m</formula_info></parameter>"
                     "<parameter><name>p</name><type>4</type><formula>a</formula></parameter>");
   MBQ::MBQVEnvConfig config;
-  KTRQVTune tune(config, vocabulary(incomplete));
+  KTRQVTune tune(config, vocabularyFrom(incomplete));
   ASSERT_EQ(0, tune.init()) << MBQ::getErrorMessage();
   EXPECT_EQ(0, tune.init());
   EXPECT_EQ(7, tune.getLastIndex());
@@ -340,11 +330,11 @@ TEST(KTRQoSTuneInitTest, IndexesStayBelowTheHardPartOffset) {
     return text;
   };
   MBQ::MBQVEnvConfig config;
-  KTRQVTune fits(config, vocabulary(vocabularyText(resources(98), {{1, "r97.hard >= 0", "m"}})));
+  KTRQVTune fits(config, vocabularyFrom(vocabularyText(resources(98), {{1, "r97.hard >= 0", "m"}})));
   ASSERT_EQ(0, fits.init()) << MBQ::getErrorMessage();
   EXPECT_EQ(99, fits.getLastIndex());
   EXPECT_EQ("P198 N0 O8", render(fits.getFormulas().front()));
-  KTRQVTune tooMany(config, vocabulary(vocabularyText(resources(99), {{1, "r0 >= 0", "m"}})));
+  KTRQVTune tooMany(config, vocabularyFrom(vocabularyText(resources(99), {{1, "r0 >= 0", "m"}})));
   EXPECT_EQ(kTuneFailed, tooMany.init());
   EXPECT_EQ("too many parameters in formulas initialization ('QOS')", MBQ::getErrorMessage());
 }
@@ -360,16 +350,8 @@ KTRQVParamsValue value(std::int64_t soft, std::int64_t hard) {
   return v;
 }
 
-struct Violation {
-  int id;
-  std::set<int> used;
-  bool operator==(const Violation& o) const { return id == o.id && used == o.used; }
-};
-std::ostream& operator<<(std::ostream& out, const Violation& v) {
-  out << v.id << " {";
-  for (int i : v.used) out << " " << i;
-  return out << " }";
-}
+// A violated formula's id and the indexes it read.
+using Violation = std::pair<int, std::set<int>>;
 
 std::vector<Violation> violations(const std::vector<KTRQVTuneFailure>& failures) {
   std::vector<Violation> out;

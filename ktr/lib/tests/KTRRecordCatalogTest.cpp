@@ -6,7 +6,6 @@
 
 #include <cctype>
 
-#include <fstream>
 #include <map>
 #include <ostream>
 #include <set>
@@ -14,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "KTRRecordTesting.h"
 #include "MBQCore/MBQError.h"
 #include "MBQMessage/MBQMessage.h"
 
@@ -29,6 +29,8 @@ void PrintTo(const KTRRecordType& type, std::ostream* out) { *out << type.name; 
 
 namespace {
 
+using testing::slurp;
+
 const std::string kRecords = KTR_RECORDS_DIR;
 
 std::string fileName(std::string name) {
@@ -36,13 +38,6 @@ std::string fileName(std::string name) {
   for (std::size_t at; (at = name.find('<')) != std::string::npos;) name[at] = '-';
   for (std::size_t at; (at = name.find('>')) != std::string::npos;) name.erase(at, 1);
   return name + ".xml";
-}
-
-std::string slurp(const std::string& path) {
-  std::ifstream in(path);
-  std::stringstream text;
-  text << in.rdbuf();
-  return text.str();
 }
 
 std::vector<std::string> lines(const std::string& text) {

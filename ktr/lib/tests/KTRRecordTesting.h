@@ -1,17 +1,24 @@
 #pragma once
 
-// What the record tests share: a fixture that writes records under an element "r" and reads
-// them back from the message's text, so every check goes through XML; and a logger capture.
+// What the library's tests share: a fixture that writes records under an element "r" and reads
+// them back from the message's text, so every check goes through XML; a logger capture; a
+// private folder; file text; vocabularies made from text.
 
 #include <gtest/gtest.h>
+#include <stdlib.h>
 
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
+#include <fstream>
 #include <memory>
+#include <sstream>
 #include <string>
 #include <vector>
 
+#include "MBQCore/MBQError.h"
 #include "MBQCore/MBQLogger.h"
+#include "MBQFunctionalityCore/MBQVocMap.h"
 #include "MBQMessage/MBQMessage.h"
 
 namespace KTR {
@@ -93,6 +100,41 @@ class LogCapture {
   std::size_t size_ = 0;
   FILE* stream_;
 };
+
+// A private folder under /tmp, removed with everything in it at the end of its scope.
+class TempDir {
+ public:
+  TempDir() {
+    char pattern[] = "/tmp/ktrtestXXXXXX";
+    if (::mkdtemp(pattern) != nullptr) path_ = pattern;
+  }
+  ~TempDir() {
+    std::error_code ignored;
+    if (!path_.empty()) std::filesystem::remove_all(path_, ignored);
+  }
+  TempDir(const TempDir&) = delete;
+  TempDir& operator=(const TempDir&) = delete;
+  const std::string& path() const { return path_; }
+  std::string file(const std::string& name) const { return path_ + "/" + name; }
+
+ private:
+  std::string path_;
+};
+
+// The whole content of a file; empty when it cannot be read.
+inline std::string slurp(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  std::ostringstream text;
+  text << in.rdbuf();
+  return text.str();
+}
+
+// A vocabulary loaded from `text` (the load must succeed).
+inline MBQ::MBQVocMapSP vocabularyFrom(const std::string& text) {
+  auto vocabulary = std::make_shared<MBQ::MBQVocMap>();
+  EXPECT_EQ(0, vocabulary->load(text)) << MBQ::getErrorMessage();
+  return vocabulary;
+}
 
 }  // namespace testing
 }  // namespace KTR

@@ -2,16 +2,13 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <stdlib.h>
-#include <unistd.h>
 
-#include <cstdio>
 #include <fstream>
-#include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include "KTRRecordTesting.h"
 #include "MBQCore/MBQError.h"
 
 namespace KTR {
@@ -20,17 +17,10 @@ namespace {
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
 
-std::string readFile(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::ostringstream text;
-  text << in.rdbuf();
-  return text.str();
-}
-
 // The shipped file is what the library holds, and it passes the library's own checks (every
 // formula parses); what it contains is the operators' business, not restated here.
 TEST(KTRVocabularyTest, BuiltInVocabularyIsTheShippedFileLoadedOnce) {
-  EXPECT_EQ(readFile(KTR_DEFAULT_VOCABULARY_FILE), defaultVocabularyText());
+  EXPECT_EQ(testing::slurp(KTR_DEFAULT_VOCABULARY_FILE), defaultVocabularyText());
   std::vector<MBQ::MBQVocMapSP> seen(4);
   std::vector<std::thread> threads;
   for (MBQ::MBQVocMapSP& slot : seen) threads.emplace_back([&slot] { slot = defaultVocabulary(); });
@@ -106,11 +96,8 @@ TEST(KTRVocabularyTest, CheckRejectsWhatTheLibraryCannotUse) {
 }
 
 TEST(KTRVocabularyTest, LoadVocabularyReadsAndChecksAFile) {
-  char pattern[] = "/tmp/KTRVocabularyTest.XXXXXX";
-  ASSERT_NE(nullptr, mkdtemp(pattern));
-  const std::string dir = pattern;
-  const std::string good = dir + "/good.xml";
-  const std::string unusable = dir + "/unusable.xml";
+  testing::TempDir dir;
+  const std::string good = dir.file("good.xml"), unusable = dir.file("unusable.xml");
   std::ofstream(good) << defaultVocabularyText();
   std::ofstream(unusable) << "<vocabulary/>";
 
@@ -122,12 +109,8 @@ TEST(KTRVocabularyTest, LoadVocabularyReadsAndChecksAFile) {
 
   EXPECT_EQ(nullptr, loadVocabulary(unusable));
   EXPECT_EQ(unusable + ": invalid vocabulary: technology 'quellix': no category 'qos'", MBQ::getErrorMessage());
-  EXPECT_EQ(nullptr, loadVocabulary(dir + "/missing.xml"));
-  EXPECT_THAT(MBQ::getErrorMessage(), StartsWith(dir + "/missing.xml: can not open"));
-
-  std::remove(good.c_str());
-  std::remove(unusable.c_str());
-  rmdir(dir.c_str());
+  EXPECT_EQ(nullptr, loadVocabulary(dir.file("missing.xml")));
+  EXPECT_THAT(MBQ::getErrorMessage(), StartsWith(dir.file("missing.xml") + ": can not open"));
 }
 
 }  // namespace
