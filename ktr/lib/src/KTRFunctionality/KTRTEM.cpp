@@ -36,12 +36,9 @@ MBQ::MBQDerivedParserFactoryT<KTRPackageHQTemplateStd, MBQ::MBQPackage> stdHqTem
 
 // ---------------------------------------------------------------- KTRDistribution
 
-int KTRDistribution::Reader::operator()(const MBQMessageIterator& it, KTRDistribution& record) const {
-  return it.getValue(Tag::kName, record.name_);
-}
-
-int KTRDistribution::Writer::operator()(MBQMessageIterator& it, const KTRDistribution& record) const {
-  return it.setValue(Tag::kName, record.name_);
+const MBQ::MBQLayout<KTRDistribution>& KTRDistribution::layout() {
+  static const MBQ::MBQLayout<KTRDistribution> layout{MBQ::required(Tag::kName, &KTRDistribution::name_)};
+  return layout;
 }
 
 // ---------------------------------------------------------------- KTRArchitectureSelector
@@ -149,16 +146,12 @@ int KTRPackageHQTemplate::Writer::operator()(MBQMessageIterator& it, const KTRPa
 
 KTRPackageHQTemplateStd::~KTRPackageHQTemplateStd() = default;
 
-int KTRPackageHQTemplateStd::Reader::operator()(const MBQMessageIterator& it, KTRPackageHQTemplateStd& tmpl) const {
-  if (KTRPackageHQTemplate::Reader()(it, tmpl) != 0) return -1;
-  it.getValue(Tag::kPrimaryFlag, tmpl.primaryFlag_);
-  return 0;
-}
-
-int KTRPackageHQTemplateStd::Writer::operator()(MBQMessageIterator& it, const KTRPackageHQTemplateStd& tmpl) const {
-  // Untyped call of the base writer: the element keeps "package_std_hqtemplateType".
-  if (KTRPackageHQTemplate::Writer()(it, tmpl) != 0) return -1;
-  return it.setValue(Tag::kPrimaryFlag, tmpl.primaryFlag_);
+// The base part goes in untyped: the element keeps "package_std_hqtemplateType".
+const MBQ::MBQLayout<KTRPackageHQTemplateStd>& KTRPackageHQTemplateStd::layout() {
+  using R = KTRPackageHQTemplateStd;
+  static const MBQ::MBQLayout<R> layout{MBQ::base<R, KTRPackageHQTemplate>(),
+                                        MBQ::lenient(MBQ::optional(Tag::kPrimaryFlag, &R::primaryFlag_))};
+  return layout;
 }
 
 }  // namespace KTR

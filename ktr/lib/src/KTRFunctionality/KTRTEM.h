@@ -7,7 +7,7 @@
 #include "KTRFunctionality/KTRExport.h"
 #include "KTRFunctionality/KTRPkgM.h"
 #include "MBQFunctionalityCore/MBQPackage.h"
-#include "MBQMessage/MBQMessageIterator.h"
+#include "MBQMessage/MBQLayout.h"
 #include "MBQMessage/MBQNamespaces.h"
 
 // The records of the template manager: a container's distribution, the full description of a
@@ -36,12 +36,9 @@ class KTR_EXPORT KTRDistribution {
 
   bool operator==(const KTRDistribution& o) const { return name_ == o.name_; }
 
-  struct KTR_EXPORT Reader {
-    int operator()(const MBQ::MBQMessageIterator& it, KTRDistribution& record) const;
-  };
-  struct KTR_EXPORT Writer {
-    int operator()(MBQ::MBQMessageIterator& it, const KTRDistribution& record) const;
-  };
+  static const MBQ::MBQLayout<KTRDistribution>& layout();
+  using Reader = MBQ::MBQLayoutReader<KTRDistribution>;
+  using Writer = MBQ::MBQLayoutWriter<KTRDistribution>;
 
  private:
   std::string name_;
@@ -208,15 +205,13 @@ class KTR_EXPORT KTRPackageHQTemplateStd : public KTRPackageHQTemplate {
            a.primaryFlag_ == b.primaryFlag_;
   }
 
-  struct KTR_EXPORT Reader {
-    int operator()(const MBQ::MBQMessageIterator& it, KTRPackageHQTemplateStd& tmpl) const;
-  };
-  struct KTR_EXPORT Writer {
+  static const MBQ::MBQLayout<KTRPackageHQTemplateStd>& layout();
+  using Reader = MBQ::MBQLayoutReader<KTRPackageHQTemplateStd>;
+  struct KTR_EXPORT Writer : MBQ::MBQLayoutWriter<KTRPackageHQTemplateStd> {
     const char* getStrNSID() const { return MBQ::kTypesNamespace; }
     const char* getStrTypeID() const { return "package_std_hqtemplateType"; }
     int getNSID() const { return 0; }
     int getTypeID() const { return 0; }
-    int operator()(MBQ::MBQMessageIterator& it, const KTRPackageHQTemplateStd& tmpl) const;
   };
 
  private:

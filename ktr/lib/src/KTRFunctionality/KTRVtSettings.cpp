@@ -39,38 +39,24 @@ constexpr const char* kNoOfflineService = "no_offline_service";
 
 // ---------------------------------------------------------------- KTRRedirectService
 
-int KTRRedirectService::Reader::operator()(const MBQMessageIterator& it, KTRRedirectService& service) const {
-  if (it.getValue(Tag::kName, service.name_) != 0) return -1;
-  if (it.getValue(Tag::kPort, service.port_) != 0) return -1;
-  if (MBQ::MBQReaderID(MBQ::MBQDefaultReader<MBQ::MBQEID>(), Tag::kEid)(it, service.target_) != 0) return -1;
-  service.flag_ = it.hasChild(Tag::kRedirectFlag);
-  return 0;
-}
-
-int KTRRedirectService::Writer::operator()(MBQMessageIterator& it, const KTRRedirectService& service) const {
-  if (it.setValue(Tag::kName, service.name_) != 0) return -1;
-  if (it.setValue(Tag::kPort, service.port_) != 0) return -1;
-  if (MBQ::MBQWriterID(MBQ::MBQDefaultWriter<MBQ::MBQEID>(), Tag::kEid)(it, service.target_) != 0) return -1;
-  if (service.flag_ && it.addChild(Tag::kRedirectFlag) != 0) return -1;
-  return 0;
+const MBQ::MBQLayout<KTRRedirectService>& KTRRedirectService::layout() {
+  using R = KTRRedirectService;
+  static const MBQ::MBQLayout<R> layout{MBQ::required(Tag::kName, &R::name_), MBQ::required(Tag::kPort, &R::port_),
+                                        MBQ::required(Tag::kEid, &R::target_), MBQ::marker(Tag::kRedirectFlag, &R::flag_)};
+  return layout;
 }
 
 // ---------------------------------------------------------------- KTRConnectionLinkInfo
 
-int KTRConnectionLinkInfo::Reader::operator()(const MBQMessageIterator& it, KTRConnectionLinkInfo& link) const {
-  if (it.getValue(Tag::kHost, link.host_) != 0) return -1;
-  // Deliberately not checked: older peers send only the host.
-  it.getValue(Tag::kPort, link.port_);
-  it.getValue("client_ip", link.clientIp_);
-  it.getValue("client_port", link.clientPort_);
-  return 0;
-}
-
-int KTRConnectionLinkInfo::Writer::operator()(MBQMessageIterator& it, const KTRConnectionLinkInfo& link) const {
-  if (it.setValue("client_ip", link.clientIp_) != 0) return -1;
-  if (it.setValue("client_port", link.clientPort_) != 0) return -1;
-  if (it.setValue(Tag::kHost, link.host_) != 0) return -1;
-  return it.setValue(Tag::kPort, link.port_);
+// Only the host is checked: older peers send nothing else.
+const MBQ::MBQLayout<KTRConnectionLinkInfo>& KTRConnectionLinkInfo::layout() {
+  using R = KTRConnectionLinkInfo;
+  using MBQ::lenient;
+  using MBQ::optional;
+  static const MBQ::MBQLayout<R> layout{lenient(optional("client_ip", &R::clientIp_)),
+                                        lenient(optional("client_port", &R::clientPort_)), MBQ::required(Tag::kHost, &R::host_),
+                                        lenient(optional(Tag::kPort, &R::port_))};
+  return layout;
 }
 
 // ---------------------------------------------------------------- KTRVtInfo

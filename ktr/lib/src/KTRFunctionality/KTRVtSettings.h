@@ -10,7 +10,7 @@
 #include "MBQFunctionalityCore/MBQQoS.h"
 #include "MBQFunctionalityCore/MBQVtInfo.h"
 #include "MBQFunctionalityCore/MBQVtSettings.h"
-#include "MBQMessage/MBQMessageIterator.h"
+#include "MBQMessage/MBQLayout.h"
 #include "MBQMessage/MBQNamespaces.h"
 #include "MBQMessage/MBQOptionalProperty.h"
 
@@ -50,15 +50,13 @@ class KTR_EXPORT KTRRedirectService {
     return a.name_ == b.name_ && a.port_ == b.port_ && a.target_ == b.target_ && a.flag_ == b.flag_;
   }
 
-  struct KTR_EXPORT Reader {
-    int operator()(const MBQ::MBQMessageIterator& it, KTRRedirectService& service) const;
-  };
-  struct KTR_EXPORT Writer {
+  static const MBQ::MBQLayout<KTRRedirectService>& layout();
+  using Reader = MBQ::MBQLayoutReader<KTRRedirectService>;
+  struct KTR_EXPORT Writer : MBQ::MBQLayoutWriter<KTRRedirectService> {
     const char* getStrNSID() const { return MBQ::kTypesNamespace; }
     const char* getStrTypeID() const { return "redirect_serviceType"; }
     int getNSID() const { return 0; }
     int getTypeID() const { return 0; }
-    int operator()(MBQ::MBQMessageIterator& it, const KTRRedirectService& service) const;
   };
 
  private:
@@ -93,12 +91,9 @@ class KTR_EXPORT KTRConnectionLinkInfo {
            a.port_ == b.port_;
   }
 
-  struct KTR_EXPORT Reader {
-    int operator()(const MBQ::MBQMessageIterator& it, KTRConnectionLinkInfo& link) const;
-  };
-  struct KTR_EXPORT Writer {
-    int operator()(MBQ::MBQMessageIterator& it, const KTRConnectionLinkInfo& link) const;
-  };
+  static const MBQ::MBQLayout<KTRConnectionLinkInfo>& layout();
+  using Reader = MBQ::MBQLayoutReader<KTRConnectionLinkInfo>;
+  using Writer = MBQ::MBQLayoutWriter<KTRConnectionLinkInfo>;
 
  private:
   std::string clientIp_;
