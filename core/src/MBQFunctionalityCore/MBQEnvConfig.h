@@ -95,7 +95,7 @@ class MBQ_EXPORT MBQEnvConfig : public MBQChildOrder {
   int getDisabled(MBQOptionalProperty<bool>& disabled) const;
   int setDisabled(const MBQOptionalProperty<bool>& disabled);
 
-  // Resource values, one tag-1476 element each.
+  // Resource values, one qos_value element each.
   int getQoSes(MBQOptionalProperty<std::set<MBQQoS>>& qoses) const;
   int setQoSes(const MBQOptionalProperty<std::set<MBQQoS>>& qoses);
   // The resource with that id: 0 with `qos` specified when present, 0 with it unspecified when
@@ -145,8 +145,8 @@ class MBQ_EXPORT MBQEnvConfig : public MBQChildOrder {
   int setStringListAttr(const MBQOptionalProperty<std::set<std::string>>& property, const Key& key,
                         const char* namespaceUri = "");
 
-  // A map of strings under repeated elements `name`, each item's key under tag 1026 (optional)
-  // and value under tag 1018 (required).
+  // A map of strings under repeated elements `name`, each item's key under key (optional)
+  // and value under value (required).
   int getFeatureList(MBQOptionalProperty<std::map<std::string, std::string>>& property, const std::string& name) const;
   int setFeatureList(const MBQOptionalProperty<std::map<std::string, std::string>>& property, const std::string& name);
 

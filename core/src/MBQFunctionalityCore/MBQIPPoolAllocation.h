@@ -32,7 +32,7 @@ class MBQ_EXPORT MBQIPPoolAllocation {
 
   // Message layout, in the record's own element:
   //   "addresses"  present exactly when the address list is specified (an empty list is an
-  //                empty element); inside it one element 2047 per address, its IPv6 text
+  //                empty element); inside it one element address per address, its IPv6 text
   //   "gateway"    the gateway's IPv6 text; always written
   // The reader returns -1 when an address or the gateway is not an address text, leaving the
   // record unchanged. A missing gateway keeps the record's gateway; a missing "addresses"

@@ -71,7 +71,7 @@ class MBQ_EXPORT MBQNetNIC : public MBQNetDevice {
 
   // Message layout, in the record's own element, in this order:
   //   "ifname"    the interface name (text)
-  //   2047        one element per address, its text with the network part ("10.0.0.5/24")
+  //   address        one element per address, its text with the network part ("10.0.0.5/24")
   //   "network"   text
   //   "gateway"   IPv4 gateway (text)
   //   "gateway6"  IPv6 gateway (text)

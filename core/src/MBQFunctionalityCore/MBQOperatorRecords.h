@@ -115,7 +115,7 @@ class MBQ_EXPORT MBQCPULoad {
   long long idle_ = 0;
 };
 
-// Environment ids. Layout: one "eid" element (tag 1652) per id; the reader replaces the list
+// Environment ids. Layout: one "eid" element per id; the reader replaces the list
 // with the ids up to the first one that does not read, and fails (keeping the list) only when
 // such an id exists.
 class MBQ_EXPORT MBQEIDList {

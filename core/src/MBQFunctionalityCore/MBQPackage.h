@@ -17,8 +17,8 @@ namespace MBQ {
 // identify one template on a node; the template cache builds its keys from them.
 //
 // Message layout, in the record's own element, in this order:
-//   1026 "key"     the name (text, required)
-//   1223 "release" the version (text, required)
+//   "key"     the name (text, required)
+//   "release" the version (text, required)
 //   "os_name"      the name of the operating system the package is for (optional property)
 //   "os_version"   that operating system's version (optional property)
 // A derived record reads and writes these elements first, in its own element.

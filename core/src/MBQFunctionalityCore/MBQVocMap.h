@@ -101,7 +101,7 @@ class MBQ_EXPORT MBQVocCategory {
 // Loading checks the structure: the root is <vocabulary>; it holds only <technology> and
 // <category> elements, a technology only <name> and <category>, a category only <name> and
 // <parameter>; every technology, category and parameter has exactly one non-empty <name>
-// (tag 1010) without white space. Technology keys and category names (within one technology,
+// without white space. Technology keys and category names (within one technology,
 // or at the top level) are unique; parameter names are unique within their category without
 // regard to case, since readers key resources by the lower-cased name. What a parameter holds
 // besides its name is the readers' business.

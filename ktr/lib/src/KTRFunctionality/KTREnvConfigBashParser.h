@@ -25,7 +25,7 @@ namespace QoS {
 
 // How a resource's value is written in a container's configuration file, as the vocabulary
 // declares it for the resource ("qos" parameter elements "value_type" and complexity, tag
-// 1304; a missing element keeps the default):
+// complexity; a missing element keeps the default):
 //   (2, 1)  "barrier:limit", or "limit" alone when there is no barrier   NUMPROC="240:260"
 //   (1, 1)  one integer, the limit                                       CPUWEIGHT="500"
 //   (1, 0)  a percentage, held in hundredths of a percent                CPULIMIT="12.5" (1250)

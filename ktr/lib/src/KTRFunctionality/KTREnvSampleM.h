@@ -21,8 +21,8 @@ namespace KTR {
 
 // One violated formula: the names of the parameters it read, its id, its text and its message.
 //
-// Layout, in writing order: 1007 id; 1479 one element per parameter name; 1480 the formula
-// text; 1481 the message. The writer writes all of them and returns 0. The reader requires the
+// Layout, in writing order: type id; parameter one element per parameter name; warning the formula
+// text; warning_info the message. The writer writes all of them and returns 0. The reader requires the
 // id, the formula and the message (-1 when one is missing, fields read before it keeping their
 // new values) and takes the names as found (none: an empty list).
 class KTR_EXPORT KTRQoSValidation {

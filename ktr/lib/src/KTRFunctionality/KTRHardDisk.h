@@ -5,14 +5,14 @@
 //
 // Message layout (tag ids of the tag table; children of the record's own element, written in
 // this order; every schema type is in MBQ::kTypesNamespace):
-//   HqFS      "ct_hqfs"           1156 path (only when not empty), 1811 first quota,
-//                                 1301 second quota (MBQQoS layout each)
-//   Dromo     "ct_dromo_disk"     1010 uuid (only when valid), 1156 image, 1024 size and an
+//   HqFS      "ct_hqfs"           path (only when not empty), hqfs_quota first quota,
+//                                 quota_setting second quota (MBQQoS layout each)
+//   Dromo     "ct_dromo_disk"     name uuid (only when valid), path image, size and an
 //                                 empty "expanded" (the last three only when the image is not
 //                                 empty; "expanded" only when expanded is true)
-//   Loopback  "ct_loopback_disk"  1010 uuid (only when valid), then the MBQDevMountInfo
+//   Loopback  "ct_loopback_disk"  name uuid (only when valid), then the MBQDevMountInfo
 //                                 children in the same element
-//   List::HqFS, List::Images<T>   one tag-1275 child per disk, with the list schema type of
+//   List::HqFS, List::Images<T>   one disk_entry child per disk, with the list schema type of
 //                                 the disk kind it holds
 // The three lists are registered with the derived-parser registry of List::Base when the
 // library loads, so a "disk_list" element reads back into the list class it was written from.
@@ -181,7 +181,7 @@ class KTR_EXPORT HqFS : public Base {
 
   int accept(Visitor& visitor) override;
 
-  // The disk under one tag-1275 child, which the reader requires (-1 without it).
+  // The disk under one disk_entry child, which the reader requires (-1 without it).
   struct KTR_EXPORT Reader {
     int operator()(const MBQ::MBQMessageIterator& it, HqFS& list) const;
   };
@@ -206,7 +206,7 @@ class KTR_EXPORT Images : public Base {
 
   int accept(Visitor& visitor) override;
 
-  // One tag-1275 child per disk. The writer refuses an empty list (-1, nothing written): an
+  // One disk_entry child per disk. The writer refuses an empty list (-1, nothing written): an
   // empty list has no message form. The reader appends every child's disk and returns the
   // first disk reader's failure; an element without disks fails (-1).
   struct KTR_EXPORT Reader {

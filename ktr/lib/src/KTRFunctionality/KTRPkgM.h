@@ -46,7 +46,7 @@ class KTR_EXPORT KTRTemplate {
   bool operator==(const KTRTemplate& o) const { return name_ == o.name_ && release_ == o.release_; }
   bool operator<(const KTRTemplate& o) const { return name_ < o.name_ || (name_ == o.name_ && release_ < o.release_); }
 
-  // Tag 1223 (release; a failure is ignored) then tag 1026 (name; its result is the reader's).
+  // release (a failure is ignored) then key as the name (its result is the reader's).
   static const MBQ::MBQLayout<KTRTemplate>& layout();
   using Reader = MBQ::MBQLayoutReader<KTRTemplate>;
   using Writer = MBQ::MBQLayoutWriter<KTRTemplate>;

@@ -144,7 +144,7 @@ class KTR_EXPORT KTRQVTune {
   // Loads the parameter index and the formulas, once; 0 at once when already done. Failures:
   // kTuneFailed with "invalid vocabulary", "can not read QOS from vocabulary", "can not read
   // FORMULAE", "can not parse formula: <text>" or a getNewIndex message. Formulas lacking
-  // an id (1007), a text (1307) or a message (1302) are skipped. A failed init is retried by
+  // an id (type), a text (formula) or a message (formula_info) are skipped. A failed init is retried by
   // the next call, but the names it indexed stay, so the retry fails as a double index.
   int init();
 
@@ -154,7 +154,7 @@ class KTR_EXPORT KTRQVTune {
   // ('<name>')" when the index would reach kHardPartOffset.
   int getNewIndex(const std::string& name, KTRQVParamsValue** entry);
 
-  // Appends the indexes of every "qos" parameter whose complexity (1304, default 1) is not 2;
+  // Appends the indexes of every "qos" parameter whose complexity (complexity, default 1) is not 2;
   // they must all be indexed already. 0, or kTuneFailed with "can not read QOS from vocabulary".
   int addQOStoIndex(std::vector<std::int32_t>& members);
 

@@ -21,7 +21,7 @@
 namespace KTR {
 
 // The Linux distribution a container's template belongs to ("centos", "debian"...). Text form
-// and message form: the name (tag 1010).
+// and message form: the name (element "name").
 class KTR_EXPORT KTRDistribution {
  public:
   KTRDistribution() = default;
@@ -67,14 +67,14 @@ class KTR_EXPORT KTRArchitectureSelector {
 // The full description of one template, as the template manager returns it: its version
 // fields, name, settings, packages and technologies.
 //
-// Layout: the KTRPackageVersion elements (req, read strictly), 1026 name (req), 1501 second
-// text (req), 1502 holding the settings, one 1017 item per entry with the key under 1010 and
-// the value under 1018 (the holder and the map as found; an item needs both), one 1295
-// element per package (KTRPackage; req: at least one, and every one must read), 1496 detail
-// (ignored), 1846 fourth text (ignored), 2005 fifth text (ignored), one "technology" element
+// Layout: the KTRPackageVersion elements (req, read strictly), key name (req), config_text2 second
+// text (req), settings holding the settings, one item per entry with the key under name and
+// the value under value (the holder and the map as found; an item needs both), one package
+// element per package (KTRPackage; req: at least one, and every one must read), detail
+// (ignored), config_text4 fourth text (ignored), config_text5 fifth text (ignored), one "technology" element
 // per technology (as found).
 //
-// Packages are keyed by their own name (1026): the map's key is not written separately, so a
+// Packages are keyed by their own name (key): the map's key is not written separately, so a
 // package filed under another key comes back under its name, and of two packages with one
 // name the first read is kept.
 class KTR_EXPORT KTRTemplateConfigInfo : public KTRPackageVersion {
@@ -131,8 +131,8 @@ class KTR_EXPORT KTRTemplateConfigInfo : public KTRPackageVersion {
 // architecture from here. An element of schema type "package_hqtemplateType" (types
 // namespace) is read into this class through the derived-parser registry of MBQPackage.
 //
-// Layout: the MBQPackage elements (req), 1733 OS-template flag (as found), 1499 second flag
-// (as found), "uptodate" flag (as found), 1156 value (text, as found), one "technology"
+// Layout: the MBQPackage elements (req), os_template OS-template flag (as found), secondary_flag second flag
+// (as found), "uptodate" flag (as found), path value (text, as found), one "technology"
 // element per technology (as found). The architecture is not written: reading derives it
 // from the technologies (see setTechnologyList).
 class KTR_EXPORT KTRPackageHQTemplate : public MBQ::MBQPackage {
@@ -188,7 +188,7 @@ class KTR_EXPORT KTRPackageHQTemplate : public MBQ::MBQPackage {
   std::string architecture_;
 };
 
-// A standard template: the KTRPackageHQTemplate elements, then 1498 first flag (as found).
+// A standard template: the KTRPackageHQTemplate elements, then primary_flag first flag (as found).
 // Schema type "package_std_hqtemplateType" (types namespace), registered with MBQPackage.
 class KTR_EXPORT KTRPackageHQTemplateStd : public KTRPackageHQTemplate {
  public:

@@ -18,9 +18,9 @@ namespace KTR {
 
 // One cached template: the template record and the ids of the containers that use it.
 //
-// Message layout, in the record's own element: reading takes the id set from 1899 "eid_set",
-// then the template from 1295 "package"; writing puts the key (getStringID) as the string
-// 1010 "name" first, then 1899, then 1295 (typed package_hqtemplateType).
+// Message layout, in the record's own element: reading takes the id set from "eid_set",
+// then the template from "package"; writing puts the key (getStringID) as the string
+// "name" first, then eid_set, then package (typed package_hqtemplateType).
 class KTR_EXPORT KTRTemplateObject : public KTRPackageHQTemplate {
  public:
   KTRTemplateObject() = default;
@@ -44,7 +44,7 @@ class KTR_EXPORT KTRTemplateObject : public KTRPackageHQTemplate {
            a.eids_.getIds() == b.eids_.getIds();
   }
 
-  // -1 when the 1295 element is missing or its template does not read; the id set is optional.
+  // -1 when the package element is missing or its template does not read; the id set is optional.
   struct KTR_EXPORT Reader {
     int operator()(const MBQ::MBQMessageIterator& it, KTRTemplateObject& object) const;
   };

@@ -65,7 +65,7 @@ class KTR_EXPORT KTRNetVEth : public MBQ::MBQNetNIC {
   // Message layout, in the record's own element (schema type "net_vethType"), in this order:
   //   1. the MBQNetNIC elements (see MBQNetNIC);
   //   2. one "wins_server" element per WINS server;
-  //   3. one element 1281 per server address;
+  //   3. one element server_address per server address;
   //   4. an empty "host_routed" element, present exactly when the interface is host-routed.
   // The reader returns -1 when the MBQNetNIC part fails or leaves an empty interface name;
   // otherwise it reads the rest and returns 0. Each list becomes exactly its elements (none:

@@ -27,7 +27,7 @@ class KTR_EXPORT KTRVPSType {
 
   bool operator==(const KTRVPSType& o) const { return type_ == o.type_ && ctid_ == o.ctid_; }
 
-  // Writes "ctid" then tag 1007; reads tag 1007 (required) and "ctid" (its absence leaves an
+  // Writes "ctid" then type; reads type (required) and "ctid" (its absence leaves an
   // empty id).
   struct KTR_EXPORT Reader {
     int operator()(const MBQ::MBQMessageIterator& it, KTRVPSType& type) const;
@@ -53,7 +53,7 @@ class KTR_EXPORT KTREnvCapability {
   bool operator==(const KTREnvCapability& o) const { return name_ == o.name_ && value_ == o.value_; }
   bool operator<(const KTREnvCapability& o) const { return name_ < o.name_ || (name_ == o.name_ && value_ < o.value_); }
 
-  // Tag 1010 (name) then tag 1018 (value), both required.
+  // name then value, both required.
   struct KTR_EXPORT Reader {
     int operator()(const MBQ::MBQMessageIterator& it, KTREnvCapability& capability) const;
   };

@@ -25,7 +25,7 @@ KTR_EXPORT const std::string& defaultVocabularyText();
 //   must be integers when present;
 // - no "qos" parameter is named "QOS", the name formulas use for every resource;
 // - if the technology has a category "tune", each of its formulas has an integer id
-//   (tag 1007), a formula text (tag 1307) and a message (tag 1302); formulas without one of
+//   (type), a formula text (formula) and a message (formula_info); formulas without one of
 //   them would otherwise be skipped without a word;
 // - every formula parses (KTRQVTune::formFormula: the grammar, known parameter names, at most
 //   one multiple name), and the parameters are few enough to be indexed.

@@ -27,7 +27,7 @@ namespace KTR {
 // A service that answers for a container while it is offline: its name, its port, the EID of
 // the environment that serves it, and a flag.
 //
-// Layout: 1010 name (req), 1704 port (req), 1652 target EID (req), 1305 an empty element
+// Layout: name (req), port (req), eid target EID (req), redirect_flag an empty element
 // present exactly when the flag is set. The reader stops at the first missing required element
 // (fields read before it keep their new values). Schema: "redirect_serviceType", types
 // namespace.
@@ -69,7 +69,7 @@ class KTR_EXPORT KTRRedirectService {
 // Both ends of a client connection: the client's address and port, and the server-side host
 // and port.
 //
-// Writer: "client_ip", "client_port", 1262 host, 1704 port. Reader: 1262 (req); 1704,
+// Writer: "client_ip", "client_port", host, port. Reader: host (req); port,
 // "client_ip" and "client_port" ignored: a missing or malformed one leaves its field as it was.
 class KTR_EXPORT KTRConnectionLinkInfo {
  public:
@@ -104,8 +104,8 @@ class KTR_EXPORT KTRConnectionLinkInfo {
 
 // The node's virtualization layer as this technology describes it.
 //
-// Layout: 1223 release, 1278 second text, "sve_eid" (the EID of the service environment),
-// 1323 one element per text of the list (opt), then MBQVtInfo's own elements in the same
+// Layout: release, vt_text second text, "sve_eid" (the EID of the service environment),
+// vt_item one element per text of the list (opt), then MBQVtInfo's own elements in the same
 // element. The reader ignores the results of its own four elements and returns the base
 // reader's result. Schema: "vt_infoType", types namespace.
 class KTR_EXPORT KTRVtInfo : public MBQ::MBQVtInfo {
@@ -145,15 +145,15 @@ class KTR_EXPORT KTRVtInfo : public MBQ::MBQVtInfo {
 // Layout:
 //   "lock_dir", "template_dir"  strings, each written only when specified; reading specifies
 //                               them exactly when present;
-//   1017                        the settings map, one item per entry: key under 1010, value
-//                               under 1018 (both optional when reading); the map is cleared
+//   item                        the settings map, one item per entry: key under name, value
+//                               under value (both optional when reading); the map is cleared
 //                               before reading and a missing map is accepted;
 //   offline services            only when specified: an empty list as the empty element
-//                               "no_offline_service", otherwise one 1747 element per service
+//                               "no_offline_service", otherwise one offline_service element per service
 //                               (KTRRedirectService) at this level. Reading: with the marker,
 //                               specified and empty; otherwise specified exactly when the
-//                               1747 elements read;
-//   "qoses"                     one 1476 element per resource (MBQ::MBQQoS), result ignored;
+//                               offline_service elements read;
+//   "qoses"                     one qos_value element per resource (MBQ::MBQQoS), result ignored;
 //   then MBQVtSettings's own elements in the same element; the reader returns the base
 //   reader's result.
 // Schema: "vt_settingsType", types namespace.
