@@ -3,10 +3,10 @@
 #include <string>
 
 #include "MBQCore/MBQExport.h"
+#include "MBQMessage/MBQLayout.h"
 
 namespace MBQ {
 
-class MBQMessageIterator;
 
 // How a block device is mounted: the device (a node or an image path), where it is mounted,
 // its file-system type, and the numbers an fstab line carries besides: the mount(2) flag bits,
@@ -43,12 +43,9 @@ class MBQ_EXPORT MBQDevMountInfo {
   // The reader requires "device" and "mount_point"; a missing "fs_type" reads as "auto" and a
   // missing number as 0. It returns -1, leaving the record unchanged, when a required child is
   // missing or a present number does not convert to int.
-  struct MBQ_EXPORT Reader {
-    int operator()(const MBQMessageIterator& it, MBQDevMountInfo& info) const;
-  };
-  struct MBQ_EXPORT Writer {
-    int operator()(MBQMessageIterator& it, const MBQDevMountInfo& info) const;
-  };
+  static const MBQ::MBQLayout<MBQDevMountInfo>& layout();
+  using Reader = MBQ::MBQFreshLayoutReader<MBQDevMountInfo>;
+  using Writer = MBQ::MBQLayoutWriter<MBQDevMountInfo>;
 
  private:
   std::string device_;

@@ -45,18 +45,11 @@ int MBQInterfaceRate::compare(const MBQInterfaceRate& other) const {
   return 0;
 }
 
-int MBQInterfaceRate::Reader::operator()(const MBQMessageIterator& it, MBQInterfaceRate& rate) const {
-  MBQInterfaceRate read;
-  if (it.getValue("interface", read.interface_) != 0 || it.getValue("class", read.class_) != 0 ||
-      it.getValue("rate", read.rate_) != 0)
-    return -1;
-  rate = read;
-  return 0;
-}
-
-int MBQInterfaceRate::Writer::operator()(MBQMessageIterator& it, const MBQInterfaceRate& rate) const {
-  if (it.setValue("interface", rate.interface_) != 0 || it.setValue("class", rate.class_) != 0) return -1;
-  return it.setValue("rate", rate.rate_);
+const MBQLayout<MBQInterfaceRate>& MBQInterfaceRate::layout() {
+  static const MBQLayout<MBQInterfaceRate> layout{required("interface", &MBQInterfaceRate::interface_),
+                                                  required("class", &MBQInterfaceRate::class_),
+                                                  required("rate", &MBQInterfaceRate::rate_)};
+  return layout;
 }
 
 }  // namespace MBQ

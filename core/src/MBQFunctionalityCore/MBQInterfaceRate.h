@@ -3,10 +3,10 @@
 #include <string>
 
 #include "MBQCore/MBQExport.h"
+#include "MBQMessage/MBQLayout.h"
 
 namespace MBQ {
 
-class MBQMessageIterator;
 
 // The traffic rate of one shaping class on one network interface of an environment.
 class MBQ_EXPORT MBQInterfaceRate {
@@ -39,12 +39,9 @@ class MBQ_EXPORT MBQInterfaceRate {
   // Message layout, in the record's own element: children "interface" (text), "class" and
   // "rate", all required. The reader returns -1 when one is missing or does not convert,
   // leaving the record unchanged.
-  struct MBQ_EXPORT Reader {
-    int operator()(const MBQMessageIterator& it, MBQInterfaceRate& rate) const;
-  };
-  struct MBQ_EXPORT Writer {
-    int operator()(MBQMessageIterator& it, const MBQInterfaceRate& rate) const;
-  };
+  static const MBQ::MBQLayout<MBQInterfaceRate>& layout();
+  using Reader = MBQ::MBQFreshLayoutReader<MBQInterfaceRate>;
+  using Writer = MBQ::MBQLayoutWriter<MBQInterfaceRate>;
 
  private:
   std::string interface_;

@@ -18,32 +18,23 @@ constexpr const char* kCpuIdle = "cpu_idle";
 
 MBQMigratorCloneOptions::~MBQMigratorCloneOptions() = default;
 
-int MBQMigratorCloneOptions::Reader::operator()(const MBQMessageIterator& it, MBQMigratorCloneOptions& o) const {
-  return it.getValue(kCloneFlags, o.flags_);
-}
-
-int MBQMigratorCloneOptions::Writer::operator()(MBQMessageIterator& it, const MBQMigratorCloneOptions& o) const {
-  return it.setValue(kCloneFlags, o.flags_);
+const MBQLayout<MBQMigratorCloneOptions>& MBQMigratorCloneOptions::layout() {
+  static const MBQLayout<MBQMigratorCloneOptions> layout{required(kCloneFlags, &MBQMigratorCloneOptions::flags_)};
+  return layout;
 }
 
 MBQCalculateHWNodeNotes::~MBQCalculateHWNodeNotes() = default;
 
-int MBQCalculateHWNodeNotes::Reader::operator()(const MBQMessageIterator& it, MBQCalculateHWNodeNotes& n) const {
-  return it.getValue(kResult, n.result_);
-}
-
-int MBQCalculateHWNodeNotes::Writer::operator()(MBQMessageIterator& it, const MBQCalculateHWNodeNotes& n) const {
-  return it.setValue(kResult, n.result_);
+const MBQLayout<MBQCalculateHWNodeNotes>& MBQCalculateHWNodeNotes::layout() {
+  static const MBQLayout<MBQCalculateHWNodeNotes> layout{required(kResult, &MBQCalculateHWNodeNotes::result_)};
+  return layout;
 }
 
 MBQLogOptions::~MBQLogOptions() = default;
 
-int MBQLogOptions::Reader::operator()(const MBQMessageIterator& it, MBQLogOptions& o) const {
-  return it.getValue(kLogLevel, o.level_);
-}
-
-int MBQLogOptions::Writer::operator()(MBQMessageIterator& it, const MBQLogOptions& o) const {
-  return it.setValue(kLogLevel, o.level_);
+const MBQLayout<MBQLogOptions>& MBQLogOptions::layout() {
+  static const MBQLayout<MBQLogOptions> layout{required(kLogLevel, &MBQLogOptions::level_)};
+  return layout;
 }
 
 MBQNativeConfig::~MBQNativeConfig() = default;
@@ -54,16 +45,10 @@ int MBQNativeConfig::Writer::operator()(MBQMessageIterator&, const MBQNativeConf
 
 MBQCPULoad::~MBQCPULoad() = default;
 
-int MBQCPULoad::Reader::operator()(const MBQMessageIterator& it, MBQCPULoad& l) const {
-  if (it.getValue(kCpuUser, l.user_) != 0) return -1;
-  if (it.getValue(kCpuSystem, l.system_) != 0) return -1;
-  return it.getValue(kCpuIdle, l.idle_);
-}
-
-int MBQCPULoad::Writer::operator()(MBQMessageIterator& it, const MBQCPULoad& l) const {
-  if (it.setValue(kCpuUser, l.user_) != 0) return -1;
-  if (it.setValue(kCpuSystem, l.system_) != 0) return -1;
-  return it.setValue(kCpuIdle, l.idle_);
+const MBQLayout<MBQCPULoad>& MBQCPULoad::layout() {
+  static const MBQLayout<MBQCPULoad> layout{required(kCpuUser, &MBQCPULoad::user_), required(kCpuSystem, &MBQCPULoad::system_),
+                                           required(kCpuIdle, &MBQCPULoad::idle_)};
+  return layout;
 }
 
 int MBQEIDList::Reader::operator()(const MBQMessageIterator& it, MBQEIDList& list) const {

@@ -5,7 +5,7 @@
 
 #include "MBQCore/MBQEID.h"
 #include "MBQCore/MBQExport.h"
-#include "MBQMessage/MBQMessageIterator.h"
+#include "MBQMessage/MBQLayout.h"
 
 // The core's part of the records that operator services exchange: clone options and capacity
 // notes of the migration service, log options and the native configuration of the container
@@ -27,12 +27,9 @@ class MBQ_EXPORT MBQMigratorCloneOptions {
   unsigned getFlags() const { return flags_; }
   void setFlags(unsigned flags) { flags_ = flags; }
 
-  struct MBQ_EXPORT Reader {
-    int operator()(const MBQMessageIterator& it, MBQMigratorCloneOptions& options) const;
-  };
-  struct MBQ_EXPORT Writer {
-    int operator()(MBQMessageIterator& it, const MBQMigratorCloneOptions& options) const;
-  };
+  static const MBQ::MBQLayout<MBQMigratorCloneOptions>& layout();
+  using Reader = MBQ::MBQLayoutReader<MBQMigratorCloneOptions>;
+  using Writer = MBQ::MBQLayoutWriter<MBQMigratorCloneOptions>;
 
  private:
   unsigned flags_ = 0;
@@ -46,12 +43,9 @@ class MBQ_EXPORT MBQCalculateHWNodeNotes {
   int getResult() const { return result_; }
   void setResult(int result) { result_ = result; }
 
-  struct MBQ_EXPORT Reader {
-    int operator()(const MBQMessageIterator& it, MBQCalculateHWNodeNotes& notes) const;
-  };
-  struct MBQ_EXPORT Writer {
-    int operator()(MBQMessageIterator& it, const MBQCalculateHWNodeNotes& notes) const;
-  };
+  static const MBQ::MBQLayout<MBQCalculateHWNodeNotes>& layout();
+  using Reader = MBQ::MBQLayoutReader<MBQCalculateHWNodeNotes>;
+  using Writer = MBQ::MBQLayoutWriter<MBQCalculateHWNodeNotes>;
 
  private:
   int result_ = 0;
@@ -65,12 +59,9 @@ class MBQ_EXPORT MBQLogOptions {
   int getLevel() const { return level_; }
   void setLevel(int level) { level_ = level; }
 
-  struct MBQ_EXPORT Reader {
-    int operator()(const MBQMessageIterator& it, MBQLogOptions& options) const;
-  };
-  struct MBQ_EXPORT Writer {
-    int operator()(MBQMessageIterator& it, const MBQLogOptions& options) const;
-  };
+  static const MBQ::MBQLayout<MBQLogOptions>& layout();
+  using Reader = MBQ::MBQLayoutReader<MBQLogOptions>;
+  using Writer = MBQ::MBQLayoutWriter<MBQLogOptions>;
 
  private:
   int level_ = 0;
@@ -102,12 +93,9 @@ class MBQ_EXPORT MBQCPULoad {
   long long getIdle() const { return idle_; }
   void setIdle(long long v) { idle_ = v; }
 
-  struct MBQ_EXPORT Reader {
-    int operator()(const MBQMessageIterator& it, MBQCPULoad& load) const;
-  };
-  struct MBQ_EXPORT Writer {
-    int operator()(MBQMessageIterator& it, const MBQCPULoad& load) const;
-  };
+  static const MBQ::MBQLayout<MBQCPULoad>& layout();
+  using Reader = MBQ::MBQLayoutReader<MBQCPULoad>;
+  using Writer = MBQ::MBQLayoutWriter<MBQCPULoad>;
 
  private:
   long long user_ = 0;

@@ -54,21 +54,11 @@ int MBQQoS::compare(const MBQQoS& other) const {
   return 0;
 }
 
-int MBQQoS::Reader::operator()(const MBQMessageIterator& it, MBQQoS& qos) const {
-  MBQQoS read;
-  if (it.getValue("id", read.id_) != 0 || it.getValue("limit", read.limit_) != 0) return -1;
-  if (it.hasChild("barrier")) {
-    if (it.getValue("barrier", read.barrier_.get()) != 0) return -1;
-    read.barrier_.specify(true);
-  }
-  qos = read;
-  return 0;
-}
-
-int MBQQoS::Writer::operator()(MBQMessageIterator& it, const MBQQoS& qos) const {
-  if (it.setValue("id", qos.id_) != 0) return -1;
-  if (qos.barrier_.isSpecified() && it.setValue("barrier", qos.barrier_.get()) != 0) return -1;
-  return it.setValue("limit", qos.limit_);
+// The barrier comes between id and limit when written; a missing one reads as unspecified.
+const MBQLayout<MBQQoS>& MBQQoS::layout() {
+  static const MBQLayout<MBQQoS> layout{required("id", &MBQQoS::id_), strictOptional("barrier", &MBQQoS::barrier_),
+                                        required("limit", &MBQQoS::limit_)};
+  return layout;
 }
 
 }  // namespace MBQ

@@ -3,11 +3,11 @@
 #include <string>
 
 #include "MBQCore/MBQExport.h"
+#include "MBQMessage/MBQLayout.h"
 #include "MBQMessage/MBQOptionalProperty.h"
 
 namespace MBQ {
 
-class MBQMessageIterator;
 
 // One resource (QoS) parameter of an environment: the resource's id (its lower-case name in
 // the vocabulary, e.g. "numproc"), an optional soft value (barrier) and a hard value (limit).
@@ -50,12 +50,9 @@ class MBQ_EXPORT MBQQoS {
   // specified) and "limit". The reader requires "id" and "limit" and returns -1 when either
   // is missing or a number does not convert, leaving the record unchanged; the barrier is
   // specified exactly when its element is present.
-  struct MBQ_EXPORT Reader {
-    int operator()(const MBQMessageIterator& it, MBQQoS& qos) const;
-  };
-  struct MBQ_EXPORT Writer {
-    int operator()(MBQMessageIterator& it, const MBQQoS& qos) const;
-  };
+  static const MBQ::MBQLayout<MBQQoS>& layout();
+  using Reader = MBQ::MBQFreshLayoutReader<MBQQoS>;
+  using Writer = MBQ::MBQLayoutWriter<MBQQoS>;
 
  private:
   std::string id_;

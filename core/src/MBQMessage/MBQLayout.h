@@ -89,6 +89,31 @@ struct MBQLayoutWriter {
   int operator()(MBQMessageIterator& it, const R& record) const { return R::layout().write(it, record); }
 };
 
+// For records read all or nothing: the elements are read into a fresh record, which replaces
+// the caller's only when every part read, so a failed read leaves the caller's record as it was
+// and a missing optional element gets the default of a fresh record.
+template <class R>
+struct MBQFreshLayoutReader {
+  int operator()(const MBQMessageIterator& it, R& record) const {
+    R read;
+    if (R::layout().read(it, read) != 0) return -1;
+    record = std::move(read);
+    return 0;
+  }
+};
+
+// An optional property that, when its element is there, must read: unlike the default
+// optional codec, a malformed value fails the record instead of leaving the property
+// unspecified.
+template <class T>
+struct MBQStrictOptionalReader {
+  int operator()(const MBQMessageIterator& it, MBQOptionalProperty<T>& property) const {
+    if (MBQDefaultReader<T>()(it, property.get()) != 0) return -1;
+    property.specify(true);
+    return 0;
+  }
+};
+
 namespace layout_detail {
 
 inline std::string elementName(int id) {
@@ -222,6 +247,11 @@ MBQLayoutPart<R> optional(const K& key, T R::*member) {
 template <class R, class T, class K, class Reader, class Writer>
 MBQLayoutPart<R> optional(const K& key, T R::*member, const Reader& reader, const Writer& writer) {
   return layout_detail::child(key, member, reader, writer, false);
+}
+// An optional property that may be missing but, when there, must read.
+template <class R, class T, class K>
+MBQLayoutPart<R> strictOptional(const K& key, MBQOptionalProperty<T> R::*member) {
+  return layout_detail::child(key, member, MBQStrictOptionalReader<T>{}, MBQDefaultWriter<MBQOptionalProperty<T>>{}, false);
 }
 
 // Repeated children, one per item of a container (a set inserts, anything else appends); a
