@@ -43,6 +43,8 @@ class MBQLayoutElement {
   virtual int read(const MBQMessageIterator& it, R& record) const = 0;
   virtual int write(MBQMessageIterator& it, const R& record) const = 0;
   virtual MBQLayoutEntry entry() const = 0;
+  // The entries this part stands for: its own, or a described base's.
+  virtual void appendEntries(std::vector<MBQLayoutEntry>& entries) const { entries.push_back(entry()); }
 };
 
 template <class R>
@@ -71,7 +73,7 @@ class MBQLayout {
   }
   std::vector<MBQLayoutEntry> entries() const {
     std::vector<MBQLayoutEntry> all;
-    for (const auto& part : parts_) all.push_back(part->entry());
+    for (const auto& part : parts_) part->appendEntries(all);
     return all;
   }
 
@@ -121,6 +123,13 @@ inline std::string elementName(int id) {
   return name != nullptr ? name : "tag " + std::to_string(id);
 }
 inline std::string elementName(const std::string& name) { return name; }
+
+// Whether R describes itself (a layout inherited from a base does not count).
+template <class R, class = void>
+struct HasLayout : std::false_type {};
+template <class R>
+struct HasLayout<R, std::void_t<decltype(R::layout())>>
+    : std::is_same<decltype(R::layout()), const MBQLayout<R>&> {};
 
 // Tag ids stay ints; element names become strings.
 template <class K>
@@ -205,6 +214,13 @@ class BasePart final : public MBQLayoutElement<R> {
     return typename Base::Writer()(it, static_cast<const Base&>(record));
   }
   MBQLayoutEntry entry() const override { return {"", true, false}; }
+  void appendEntries(std::vector<MBQLayoutEntry>& entries) const override {
+    if constexpr (HasLayout<Base>::value) {
+      for (const MBQLayoutEntry& entry : Base::layout().entries()) entries.push_back(entry);
+    } else {
+      entries.push_back(entry());  // a base with a hand-written codec: its elements are not listed
+    }
+  }
 };
 
 template <class R, class T, class K, class Reader, class Writer>

@@ -120,6 +120,22 @@ TEST(KTRRecordCatalogTest, EveryRecordHasAFixtureAndALayoutAndNothingElseDoes) {
   EXPECT_EQ(named, laidOut);
 }
 
+// A record described by a layout says what the fixture shows: the same children in the same
+// order, each repeated one twice, and exactly the single required ones fail the read when taken
+// away.
+void expectLayoutAgrees(const KTRRecordType& type, const std::string& observed) {
+  if (type.elements.empty()) return;
+  std::string expected;
+  for (const KTRRecordElement& element : type.elements) {
+    if (element.name.empty()) return;  // a base with a hand-written codec: nothing to compare
+    const std::string one = element.name + (element.required && !element.repeated ? "" : "?");
+    expected += (expected.empty() ? "" : " ") + one + (element.repeated ? " " + one : "");
+  }
+  std::string seen = observed;
+  for (std::size_t at; (at = seen.find('~')) != std::string::npos;) seen[at] = '?';
+  EXPECT_EQ(expected, seen) << type.name << ": the layout against the fixture";
+}
+
 class KTRRecordFixtureTest : public ::testing::TestWithParam<KTRRecordType> {};
 
 TEST_P(KTRRecordFixtureTest, FullFormRoundTripsAndEachChildIsRequiredOrDropsAlone) {
@@ -151,6 +167,7 @@ TEST_P(KTRRecordFixtureTest, FullFormRoundTripsAndEachChildIsRequiredOrDropsAlon
     }
   }
   EXPECT_EQ(layouts()[type.name], layout) << type.name << ": " << layout;
+  expectLayoutAgrees(type, layout);
 }
 
 std::string testName(const ::testing::TestParamInfo<KTRRecordType>& info) {

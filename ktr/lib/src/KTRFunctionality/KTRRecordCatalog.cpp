@@ -19,6 +19,7 @@
 #include "MBQCore/MBQError.h"
 #include "MBQFunctionalityCore/MBQPackage.h"
 #include "MBQMessage/MBQDerivedParsers.h"
+#include "MBQMessage/MBQLayout.h"
 #include "MBQMessage/MBQNamespaces.h"
 #include "MBQMessage/MBQTagTable.h"
 
@@ -64,6 +65,9 @@ KTRRecordType record(const char* name, const char* familyNamespace) {
     if (ns != nullptr) type.ns = ns;
   }
   type.roundTrip = &roundTripAs<T, Reader, Writer>;
+  if constexpr (MBQ::layout_detail::HasLayout<T>::value)
+    for (const MBQ::MBQLayoutEntry& entry : T::layout().entries())
+      type.elements.push_back({entry.name, entry.required, entry.repeated});
   return type;
 }
 

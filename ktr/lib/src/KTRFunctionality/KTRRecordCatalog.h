@@ -13,6 +13,13 @@
 
 namespace KTR {
 
+// One child element of a record described by a layout.
+struct KTR_EXPORT KTRRecordElement {
+  std::string name;  // empty: the elements of a base class whose codec is written by hand
+  bool required;     // the record does not read without it
+  bool repeated;     // one child per item of a list
+};
+
 struct KTR_EXPORT KTRRecordType {
   // The class name, without "KTR::" ("KTRUpdate", "HardDisk::List::HqFS").
   std::string name;
@@ -34,6 +41,10 @@ struct KTR_EXPORT KTRRecordType {
   // derived-parser registry of the record's base, and the record is written through the
   // registry again. Null for records that are not registered with a base.
   int (*roundTripDerived)(const MBQ::MBQMessageIterator& element, MBQ::MBQMessage& out, int& readStatus) = nullptr;
+
+  // The record's children in order, from its layout; empty for a record whose reader and
+  // writer are written by hand.
+  std::vector<KTRRecordElement> elements;
 
   // "namespace URI:type", the form an element's declared type is looked up in; empty
   // without a schema type.
