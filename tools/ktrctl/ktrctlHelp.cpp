@@ -216,7 +216,7 @@ void printUsage() {
 }
 
 void printCommandHelp(const CommandHelp& command) {
-  std::printf("usage: ktrctl %s %s\n\n", command.name, command.synopsis);
+  std::printf("usage: ktrctl %s%s%s\n\n", command.name, command.synopsis[0] != '\0' ? " " : "", command.synopsis);
   printWrapped(command.summary, "  ");
   if (command.details[0] != '\0') {
     std::printf("\n");

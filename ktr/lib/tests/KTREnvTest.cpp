@@ -132,6 +132,8 @@ TEST(KTREnvTest, CtidWrapperKeepsTextAndNumber) {
   const std::string thirtySeven(37, '7');
   const Case cases[] = {
       {"101", "101", 101, true, 101},
+      {" \t+7", " \t+7", 7, true, 7},  // leading blanks and a sign, as strtoul reads them
+      {"\t7", "\t7", 7, true, 7},
       {"0", "0", 0, true, 0},
       {"", "", 0, true, 0},
       {"abc", "abc", 0, true, 0},

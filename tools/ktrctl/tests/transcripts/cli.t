@@ -71,3 +71,24 @@ ktrctl: usage: ktrctl raw get FILE [KEY...] | raw set FILE KEY=VALUE...
 $ ktrctl set c.conf
 ktrctl: usage: ktrctl set CONF KEY=VALUE...
 (exit 2)
+
+# A command's whole help (blank lines shown as "."): usage, summary, details when it has any,
+# and the exit status.
+$ ktrctl help msg tags | sed 's/^$/./'
+usage: ktrctl msg tags
+.
+  print the tag table
+.
+  One "ID NAME" line per numeric tag, in id order.
+.
+Exit status:
+  0 success; 1 a negative answer (a key without a value, differences or
+  violations found, a damaged cache file); 2 an error, reported in one line on
+  stderr starting with "ktrctl: ".
+
+$ ktrctl help help | sed 's/^$/./' | head -n 5
+usage: ktrctl help [COMMAND]
+.
+  print the usage, or one command's help
+.
+Exit status:

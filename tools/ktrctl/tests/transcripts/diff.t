@@ -18,6 +18,14 @@ $ printf 'HOSTNAME="caf\351"\n' > latin1.conf && ktrctl read latin1.conf
 ktrctl: latin1.conf: line 1: the value of HOSTNAME holds bytes that XML cannot carry (not UTF-8 text, or control characters)
 (exit 2)
 
+# Only well-formed UTF-8 reaches the XML: U+D7FF, U+E000 and U+10FFFF pass; surrogates, an
+# overlong form, U+110000, U+FFFE and a cut sequence do not.
+$ for v in '\355\237\277' '\355\240\200' '\355\277\277' '\356\200\200' '\300\200' '\364\217\277\277' \
+>          '\364\220\200\200' '\357\277\276' '\303'; do
+>   printf "HOSTNAME=\"a$v\"\n" > u.conf; ktrctl read u.conf > /dev/null 2>&1; printf '%s ' $?
+> done; echo
+0 2 2 0 2 0 2 2 2 
+
 $ ktrctl --vocab absent.xml read a.conf
 ktrctl: absent.xml: can not open: No such file or directory
 (exit 2)
