@@ -4,12 +4,18 @@
 
 #include <gtest/gtest.h>
 #include <stdlib.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
+#include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <string>
+#include <vector>
 
+#include "MBQCore/MBQLogger.h"
 #include "MBQMessage/MBQMessage.h"
 
 namespace MBQ::test {
@@ -33,6 +39,52 @@ class TempDir {
  private:
   std::string path_;
 };
+
+// Captures the logger's lines for the life of the object, and restores its threshold.
+class LogCapture {
+ public:
+  LogCapture() : stream_(open_memstream(&buffer_, &size_)) { Logger::setStream(stream_); }
+  ~LogCapture() {
+    Logger::setStream(stderr);
+    Logger::setLevel(level_);
+    std::fclose(stream_);
+    std::free(buffer_);
+  }
+  LogCapture(const LogCapture&) = delete;
+  LogCapture& operator=(const LogCapture&) = delete;
+  std::string text() {
+    Logger::flush();
+    std::fflush(stream_);
+    return std::string(buffer_, size_);
+  }
+
+ private:
+  char* buffer_ = nullptr;
+  std::size_t size_ = 0;
+  std::FILE* stream_;
+  int level_ = Logger::level();
+};
+
+// Starts `count` processes at once, each running body(index) and exiting with what it returns.
+template <class Body>
+std::vector<pid_t> forkChildren(int count, Body body) {
+  std::vector<pid_t> children;
+  for (int i = 0; i < count; ++i) {
+    const pid_t pid = ::fork();
+    if (pid == 0) ::_exit(body(i));
+    children.push_back(pid);
+  }
+  return children;
+}
+
+// Waits for each child; each must have exited with 0.
+inline void expectCleanExits(const std::vector<pid_t>& children) {
+  for (pid_t pid : children) {
+    int status = -1;
+    ASSERT_EQ(pid, ::waitpid(pid, &status, 0));
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << "child " << pid << ": status " << status;
+  }
+}
 
 // The whole content of a file; empty when it can't be read.
 inline std::string slurp(const std::string& path) {

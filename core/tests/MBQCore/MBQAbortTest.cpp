@@ -44,9 +44,4 @@ TEST(MBQAbortDeathTest, FlushesBufferedLogLinesBeforeDying) {
   EXPECT_EQ("INFO MBQTest: last words 42\n", MBQ::test::slurp(path));
 }
 
-TEST(MBQAbortTest, PassingCheckReturns) {
-  MBQ::Debug::check(true, "MBQTest", "core/tests/MBQCore/MBQAbortTest", 1, "body");
-  SUCCEED();
-}
-
 }  // namespace

@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 #include <sys/file.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cctype>
@@ -378,33 +377,28 @@ TEST_F(MBQCacheDamageTest, DamageAfterTheOpenCondemnsTheFileAtTheNextAccess) {
 // One process damages the file under the lock while others look up, insert and remove, reopening
 // as the agent does when their cache lets go of a condemned file: none of them is taken down.
 TEST_F(MBQCacheDamageTest, AProcessDamagingTheFileNeverTakesTheOthersDown) {
-  std::vector<pid_t> children;
-  for (int c = 0; c < 3; ++c) {
-    const pid_t pid = ::fork();
-    if (pid == 0) {
-      CacheSP cache;
-      int failedOpens = 0;  // the damager may spoil a new file before its first open; try again
-      for (int i = 0; i < 1500; ++i) {
-        if (!cache || !cache->isAccessible()) {
-          cache = new Cache(path_, 0x1000000, 16, 0x40000000);
-          const int code = cache->initialize(true, true);
-          if (code != 0 && (removeLockedCacheFile(path_, code) != 0 || cache->initialize(true, false) != 0)) {
-            if (++failedOpens == 100) ::_exit(10);
-            continue;
-          }
-          failedOpens = 0;
+  const auto children = test::forkChildren(3, [this](int c) {
+    CacheSP cache;
+    int failedOpens = 0;  // the damager may spoil a new file before its first open; try again
+    for (int i = 0; i < 1500; ++i) {
+      if (!cache || !cache->isAccessible()) {
+        cache = new Cache(path_, 0x1000000, 16, 0x40000000);
+        const int code = cache->initialize(true, true);
+        if (code != 0 && (removeLockedCacheFile(path_, code) != 0 || cache->initialize(true, false) != 0)) {
+          if (++failedOpens == 100) return 10;
+          continue;
         }
-        const std::string key = "c" + std::to_string(c) + "k" + std::to_string(i % 50);
-        std::string value;
-        cache->insert(Key(key), std::string(i % 7 == 0 ? 9000 : 60, 'v'));
-        cache->lookup(Key(key), value);
-        cache->lookup(Key("alpha"), value);
-        if (i % 3 == 0) cache->remove(Key(key));
+        failedOpens = 0;
       }
-      ::_exit(0);
+      const std::string key = "c" + std::to_string(c) + "k" + std::to_string(i % 50);
+      std::string value;
+      cache->insert(Key(key), std::string(i % 7 == 0 ? 9000 : 60, 'v'));
+      cache->lookup(Key(key), value);
+      cache->lookup(Key("alpha"), value);
+      if (i % 3 == 0) cache->remove(Key(key));
     }
-    children.push_back(pid);
-  }
+    return 0;
+  });
   std::uint64_t state = 88172645463325252ull;
   for (int round = 0; round < 300; ++round) {
     const int fd = ::open(path_.c_str(), O_RDWR);
@@ -422,12 +416,7 @@ TEST_F(MBQCacheDamageTest, AProcessDamagingTheFileNeverTakesTheOthersDown) {
     ::close(fd);
     ::usleep(500);
   }
-  for (pid_t pid : children) {
-    int status = 0;
-    ASSERT_EQ(pid, ::waitpid(pid, &status, 0));
-    ASSERT_TRUE(WIFEXITED(status)) << "signal " << WTERMSIG(status);
-    EXPECT_EQ(0, WEXITSTATUS(status));
-  }
+  test::expectCleanExits(children);
 }
 
 // A file removed and made anew by another process is let go of at the next change; a snapshot
@@ -523,47 +512,24 @@ TEST_F(MBQCacheLogicTest, HeldSnapshotIsNeverDisturbedAndFreedOnRelease) {
   EXPECT_GT(report.total, 8192u);
 }
 
-TEST_F(MBQCacheLogicTest, AnotherProcessGrowthIsMappedAtTheNextLock) {
-  CacheSP reader = open();
-  CacheSP writer = open();
-  const std::string big(100000, 'b');
-  ASSERT_EQ(0, writer->insert(Key("big"), big));
-  EXPECT_GT(writer->getHeader()->heap.getSize(), 8192u);
-  std::string value;
-  ASSERT_EQ(0, reader->lookup(Key("big"), value));
-  EXPECT_EQ(big, value);
-  EXPECT_EQ(writer->getHeader()->heap.getSize(), reader->getHeader()->heap.getSize());
-}
-
 // Children insert, look up and remove at once; one of them stores large values so that the
 // heap grows under the others.
 TEST_F(MBQCacheLogicTest, ConcurrentProcessesKeepTheFileConsistent) {
   open();
   const int kChildren = 4, kKeys = 60;
-  std::vector<pid_t> children;
-  for (int c = 0; c < kChildren; ++c) {
-    const pid_t pid = ::fork();
-    if (pid == 0) {
-      CacheSP cache(new Cache(path_, 0x1000000, 16, 0x40000000));
-      if (cache->initialize(true, false) != 0) ::_exit(10);
-      const std::size_t size = c == 0 ? 20000 : 50;
-      for (int k = 0; k < kKeys; ++k) {
-        const std::string key = "c" + std::to_string(c) + "k" + std::to_string(k);
-        if (cache->insert(Key(key), std::string(size, 'a' + k % 26) + key) != 0) ::_exit(11);
-        std::string value;
-        if (cache->lookup(Key(key), value) != 0 || value != std::string(size, 'a' + k % 26) + key) ::_exit(12);
-        if (k % 3 == 0 && cache->remove(Key(key)) != 0) ::_exit(13);
-      }
-      ::_exit(0);
+  test::expectCleanExits(test::forkChildren(kChildren, [&](int c) {
+    CacheSP cache(new Cache(path_, 0x1000000, 16, 0x40000000));
+    if (cache->initialize(true, false) != 0) return 10;
+    const std::size_t size = c == 0 ? 20000 : 50;
+    for (int k = 0; k < kKeys; ++k) {
+      const std::string key = "c" + std::to_string(c) + "k" + std::to_string(k);
+      if (cache->insert(Key(key), std::string(size, 'a' + k % 26) + key) != 0) return 11;
+      std::string value;
+      if (cache->lookup(Key(key), value) != 0 || value != std::string(size, 'a' + k % 26) + key) return 12;
+      if (k % 3 == 0 && cache->remove(Key(key)) != 0) return 13;
     }
-    children.push_back(pid);
-  }
-  for (pid_t pid : children) {
-    int status = 0;
-    ASSERT_EQ(pid, ::waitpid(pid, &status, 0));
-    ASSERT_TRUE(WIFEXITED(status));
-    EXPECT_EQ(0, WEXITSTATUS(status));
-  }
+    return 0;
+  }));
   EXPECT_TRUE(check().empty()) << check().front();
   CacheSP cache = open();
   std::uint64_t entries = 0;

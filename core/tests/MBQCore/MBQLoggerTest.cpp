@@ -15,28 +15,10 @@
 
 namespace {
 
-// Sends the logger to a private file for the test and reads back what it wrote.
 class MBQLoggerTest : public ::testing::Test {
  protected:
-  void SetUp() override {
-    savedLevel_ = MBQ::Logger::level();
-    file_ = std::fopen(dir_.file("log").c_str(), "w");
-    ASSERT_NE(nullptr, file_);
-    MBQ::Logger::setStream(file_);
-  }
-  void TearDown() override {
-    MBQ::Logger::setStream(stderr);
-    MBQ::Logger::setLevel(savedLevel_);
-    std::fclose(file_);
-  }
-  std::string written() {
-    MBQ::Logger::flush();
-    return MBQ::test::slurp(dir_.file("log"));
-  }
-
-  MBQ::test::TempDir dir_;
-  std::FILE* file_ = nullptr;
-  int savedLevel_ = MBQ::kInfo;
+  std::string written() { return log_.text(); }
+  MBQ::test::LogCapture log_;
 };
 
 TEST_F(MBQLoggerTest, WritesLevelWordModuleAndFormattedText) {
@@ -67,24 +49,20 @@ TEST_F(MBQLoggerTest, DropsMessagesAboveTheThreshold) {
   EXPECT_EQ("WARNING m: kept\nERROR m: kept\n", written());
 }
 
-TEST_F(MBQLoggerTest, PutAtShowsOnlyTheFileNameOfTheLocation) {
+// Log2 passes the caller's own file and line.
+TEST_F(MBQLoggerTest, LocationsShowOnlyTheFileName) {
   MBQ::Logger::setLevel(MBQ::kInfo);
   MBQ::Logger::putAt(MBQ::kError, "KTRFunctionality",
                      "/build/ktr/lib/src/KTRFunctionality/KTREnvConfigBashParser.cpp", 120,
                      "can't initQoSMap : %s", "no vocabulary");
   MBQ::Logger::putAt(MBQ::kWarning, "m", "plain.cpp", 3, "no directory");
-  EXPECT_EQ(
-      "ERROR KTREnvConfigBashParser.cpp:120 KTRFunctionality: can't initQoSMap : no vocabulary\n"
-      "WARNING plain.cpp:3 m: no directory\n",
-      written());
-}
-
-TEST_F(MBQLoggerTest, Log2RecordsTheCallersFileAndLine) {
-  MBQ::Logger::setLevel(MBQ::kInfo);
   const int line = __LINE__ + 1;
   Log2(MBQ::kInfo, "KTRFunctionality", "value %d", 9);
-  EXPECT_EQ("INFO MBQLoggerTest.cpp:" + std::to_string(line) + " KTRFunctionality: value 9\n",
-            written());
+  EXPECT_EQ(
+      "ERROR KTREnvConfigBashParser.cpp:120 KTRFunctionality: can't initQoSMap : no vocabulary\n"
+      "WARNING plain.cpp:3 m: no directory\n"
+      "INFO MBQLoggerTest.cpp:" + std::to_string(line) + " KTRFunctionality: value 9\n",
+      written());
 }
 
 TEST_F(MBQLoggerTest, KeepsLongMessagesWhole) {

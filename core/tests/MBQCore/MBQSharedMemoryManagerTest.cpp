@@ -83,51 +83,6 @@ TEST(MBQSharedMemoryManagerTest, RefusedAllocationsLeaveTheHeapAlone) {
   EXPECT_EQ(8192u, heap.manager()->getUsed());
 }
 
-TEST(MBQSharedMemoryManagerTest, ChoosesTheQuarterShortcutElseTheSmallestEarliestFit) {
-  struct Case {
-    const char* name;
-    std::vector<std::uint64_t> freeUnits;
-    std::size_t request;
-    std::size_t chosenIndex;  // which free block gives the memory
-    bool split;
-  };
-  const Case cases[] = {
-      // needed = 10 units (144 bytes + header)
-      {"quarter shortcut takes the first close fit", {40, 12, 11}, 144, 1, true},
-      {"a block of exactly needed + 1 is taken whole", {11}, 144, 0, false},
-      {"no close fit: the smallest fitting block", {40, 30, 20, 30}, 144, 2, true},
-      {"equal smallest blocks: the earlier one", {30, 20, 20}, 144, 1, true},
-      {"blocks too small are skipped", {5, 9, 10}, 144, 2, false},
-  };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.name);
-    Heap heap(65536);
-    MBQSharedMemoryManager& m = *heap.manager();
-    std::vector<void*> frees;
-    // Blocks are cut from the tail, so allocating in reverse gives the free blocks in address order.
-    for (auto units = c.freeUnits.rbegin(); units != c.freeUnits.rend(); ++units) {
-      frees.push_back(m.allocate((*units - 1) * 16));
-      ASSERT_NE(nullptr, m.allocate(16));  // a used separator
-    }
-    void* rest = m.allocate(8192);  // keep the tail busy, then take all that remains
-    ASSERT_NE(nullptr, rest);
-    while (!heap.freeList().empty()) ASSERT_NE(nullptr, m.allocate(16));
-    for (void* p : frees) m.deallocate(p);
-    const FreeList before = heap.freeList();
-    ASSERT_EQ(c.freeUnits.size(), before.size());
-    void* got = m.allocate(c.request);
-    ASSERT_NE(nullptr, got);
-    const auto chosen = before[c.chosenIndex];
-    if (c.split) {
-      EXPECT_EQ(chosen.first + (chosen.second - 10) * 16 + 16, heap.offsetOf(got));
-      EXPECT_EQ(before.size(), heap.freeList().size());
-    } else {
-      EXPECT_EQ(chosen.first + 16, heap.offsetOf(got));
-      EXPECT_EQ(before.size() - 1, heap.freeList().size());
-    }
-  }
-}
-
 TEST(MBQSharedMemoryManagerTest, GrowMergesWithAFreeBlockAtTheOldEnd) {
   Heap heap(16384);
   std::memset(heap.at(8192), 0xEE, 8192);  // growth must not depend on what lies beyond
@@ -147,7 +102,9 @@ TEST(MBQSharedMemoryManagerTest, GrowMergesWithAFreeBlockAtTheOldEnd) {
   EXPECT_EQ((FreeList{{8192, 256}}), bigger.freeList());
 }
 
-// The allocator's rules replayed on a plain sorted list of free blocks.
+// The allocator's rules replayed on a plain sorted list of free blocks: a block within a quarter
+// of the need is taken at once, else the smallest (earliest) fitting one; one unit over the need
+// is taken whole.
 class Model {
  public:
   Model(std::uint64_t lower, std::uint64_t total) : used_(lower), total_(total) { free_[lower] = (total - lower) / 16; }

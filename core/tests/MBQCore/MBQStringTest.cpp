@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <clocale>
-#include <cmath>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
@@ -75,6 +74,9 @@ TEST(MBQStringTest, DoubleToStrIsShortestRoundTrip) {
       {-1e300, "-1e+300"}, {1e-5, "1e-05"}, {1.5e-7, "1.5e-07"}, {5e-324, "5e-324"},
       {2.2250738585072014e-308, "2.2250738585072014e-308"}, {1.7976931348623157e308, "1.7976931348623157e+308"},
       {9007199254740993.0, "9007199254740992"},  // 2^53 + 1 is not a double
+      // Neighbours of round numbers need all 17 digits.
+      {0.10000000000000002, "0.10000000000000002"}, {1.0000000000000002, "1.0000000000000002"},
+      {1.0000000000000001e+23, "1.0000000000000001e+23"}, {4.3500000000000005, "4.3500000000000005"},
   };
   for (const auto& [value, expected] : cases) {
     const std::string text = MBQ::doubleToStr(value);
@@ -82,20 +84,6 @@ TEST(MBQStringTest, DoubleToStrIsShortestRoundTrip) {
     // Read back in the C locale's terms: same bits, sign of zero included.
     const double back = std::strtod(text.c_str(), nullptr);
     EXPECT_EQ(0, std::memcmp(&back, &value, sizeof(double))) << text;
-  }
-}
-
-TEST(MBQStringTest, DoubleToStrRoundTripsHardValues) {
-  // Neighbours of round numbers need all 17 digits; none may lose a bit.
-  const double seeds[] = {0.1, 1.0, 1e23, 5e-324, 123.456, 1e-300, 4.35};
-  for (double seed : seeds) {
-    double v = seed;
-    for (int step = 0; step < 3; ++step) {
-      v = std::nextafter(v, 1e308);
-      std::string text = MBQ::doubleToStr(v);
-      EXPECT_EQ(v, std::strtod(text.c_str(), nullptr)) << text;
-      EXPECT_LE(text.size(), 24u) << text;
-    }
   }
 }
 

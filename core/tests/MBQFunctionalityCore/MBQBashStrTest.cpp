@@ -28,16 +28,22 @@ Parsed parse(const std::string& text) {
   line.push_back('\0');
   char* name = nullptr;
   char* value = nullptr;
+  std::vector<char> copy = line;
   Parsed parsed;
   parsed.result = parseBashStr(line.data(), &name, &value, &parsed.begin, &parsed.end);
   if (parsed.result == kBashStrAssignment) {
     parsed.name = name;
     parsed.value = value;
   }
+  // The positions are optional and change nothing else.
+  EXPECT_EQ(parsed.result, parseBashStr(copy.data(), &name, &value, nullptr, nullptr)) << text;
+  if (parsed.result == kBashStrAssignment) {
+    EXPECT_EQ(parsed.value, value) << text;
+  }
   return parsed;
 }
 
-// Examples of what the generated lines below cover in bulk, and forms they never take.
+// Forms the generated lines below never take, and their quoting rules by example.
 TEST(MBQBashStrTest, ReadsAssignmentsAsBashWould) {
   struct Case {
     std::string line;
@@ -47,22 +53,12 @@ TEST(MBQBashStrTest, ReadsAssignmentsAsBashWould) {
     unsigned long end;
   };
   const Case cases[] = {
-      {"A=b", "A", "b", 2, 2},
-      {" \tVE_ROOT=/var/lib/quellix/root/$", "VE_ROOT", "/var/lib/quellix/root/$", 10, 32},
       {"_x9=1", "_x9", "1", 4, 4},
       {"A=x\t", "A", "x", 2, 2},
-      // Empty values have an empty span right after the '='.
-      {"A= # nothing", "A", "", 2, 1},
-      {"A=''", "A", "", 2, 3},
-      // Quoting: single quotes are literal; in double quotes a backslash escapes only " \ $ `.
-      {"A='a\\\"$x`b'", "A", "a\\\"$x`b", 2, 10},
+      // In double quotes a backslash escapes only " \ $ `.
       {"A=\"a\\\"b\\\\c\\$d\\`e\\x\"", "A", "a\"b\\c$d`e\\x", 2, 18},
-      {"A=a\\ b\\;c\\$d\\~\\'", "A", "a b;c$d~'", 2, 15},
       // The container id placeholder is kept as written.
       {"VE_ROOT=\"/var/lib/quellix/root/$VEID\"", "VE_ROOT", "/var/lib/quellix/root/$VEID", 8, 36},
-      {"VE_PRIVATE=/var/lib/quellix/private/$VEID/x", "VE_PRIVATE", "/var/lib/quellix/private/$VEID/x", 11, 42},
-      // Bytes are bytes: control characters, a CR of a CRLF file.
-      {"A=\x01\x7f\r", "A", "\x01\x7f\r", 2, 4},
   };
   for (const Case& c : cases) {
     const Parsed parsed = parse(c.line);
@@ -104,15 +100,6 @@ TEST(MBQBashStrTest, LeavesEverythingUntouchedUnlessItAccepts) {
     EXPECT_EQ(77u, begin);
     EXPECT_EQ(88u, end);
   }
-}
-
-TEST(MBQBashStrTest, PositionsAreOptional) {
-  std::string line = "KEY='v w' # c";
-  char* name = nullptr;
-  char* value = nullptr;
-  ASSERT_EQ(kBashStrAssignment, parseBashStr(&line[0], &name, &value, nullptr, nullptr));
-  EXPECT_STREQ("KEY", name);
-  EXPECT_STREQ("v w", value);
 }
 
 // Assignment lines in every accepted form, with the value bash assigns for each.

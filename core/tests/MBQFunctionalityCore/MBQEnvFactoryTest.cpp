@@ -14,24 +14,17 @@ struct CountingFactory : MBQEnvChildFactory {
 
 TEST(MBQEnvFactoryTest, RegisterReplacesAndUnregisterRemoves) {
   auto& factory = MBQEnvFactory::getInstance();
+  const char* const key = "abcdefghijklmno";  // keys hold fifteen characters
   auto first = std::make_shared<CountingFactory>();
   auto second = std::make_shared<CountingFactory>();
-  factory.registerEnv("testtech", first);
-  EXPECT_EQ(first, factory.findEnv("testtech"));
-  factory.registerEnv("testtech", second);
-  EXPECT_EQ(second, factory.findEnv("testtech"));
-  factory.unregisterEnv("testtech");
-  EXPECT_EQ(nullptr, factory.findEnv("testtech"));
-  EXPECT_EQ(nullptr, factory.createEnv("testtech"));
+  factory.registerEnv(key, first);
+  EXPECT_EQ(first, factory.findEnv(key));
+  factory.registerEnv(key, second);
+  EXPECT_EQ(second, factory.findEnv(key));
+  factory.unregisterEnv(key);
+  EXPECT_EQ(nullptr, factory.findEnv(key));
+  EXPECT_EQ(nullptr, factory.createEnv(key));
   factory.unregisterEnv("unknown");
-}
-
-TEST(MBQEnvFactoryTest, KeysHoldFifteenCharacters) {
-  auto& factory = MBQEnvFactory::getInstance();
-  auto child = std::make_shared<CountingFactory>();
-  factory.registerEnv("abcdefghijklmno", child);
-  EXPECT_EQ(child, factory.findEnv("abcdefghijklmno"));
-  factory.unregisterEnv("abcdefghijklmno");
 }
 
 TEST(MBQEnvFactoryDeathTest, NullFactoryAborts) {

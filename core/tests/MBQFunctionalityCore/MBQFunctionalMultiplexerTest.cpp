@@ -109,25 +109,6 @@ TEST(MBQFunctionalMultiplexerTest, GetChoosesBetweenLocalAndAgent) {
   }
 }
 
-TEST(MBQFunctionalMultiplexerTest, UnknownNameGivesNullOnEveryPath) {
-  Multiplexer multiplexer;
-  auto local = std::make_shared<MockLocalFactory>();
-  auto agent = std::make_shared<MockAgentFactory>();
-  EXPECT_CALL(*local, create(_)).Times(0);
-  EXPECT_CALL(*agent, create(_, _)).Times(0);
-  EXPECT_CALL(*agent, create(_, _, _)).Times(0);
-  // Names are exact keys: neither case nor blanks are folded.
-  multiplexer.registerLocal("EnvM", local);
-  multiplexer.registerAgent("EnvM", agent);
-  const MBQAccessProviderPtr provider = makeProvider(kChecking);
-  for (const std::string name : {"envm", "EnvM ", ""}) {
-    SCOPED_TRACE("'" + name + "'");
-    EXPECT_EQ(nullptr, multiplexer.getLocal(provider, name));
-    EXPECT_EQ(nullptr, multiplexer.getAgent(kLocalEid, provider, name));
-    EXPECT_EQ(nullptr, multiplexer.get(kLocalEid, provider, name));
-  }
-}
-
 TEST(MBQFunctionalMultiplexerTest, AgentParameterIsKeptApartFromTheFactory) {
   Multiplexer multiplexer;
   auto agent = std::make_shared<MockAgentFactory>();
@@ -161,14 +142,23 @@ TEST(MBQFunctionalMultiplexerTest, AgentParameterIsKeptApartFromTheFactory) {
   EXPECT_EQ(nullptr, multiplexer.getAgent(kRemoteEid, provider, "svc"));
 }
 
-TEST(MBQFunctionalMultiplexerTest, UnregisteredFactoriesAreNoLongerAsked) {
+TEST(MBQFunctionalMultiplexerTest, OtherAndUnregisteredNamesAreNoLongerAsked) {
   Multiplexer multiplexer;
   auto local = std::make_shared<MockLocalFactory>();
   auto agent = std::make_shared<MockAgentFactory>();
   EXPECT_CALL(*local, create(_)).Times(0);
   EXPECT_CALL(*agent, create(_, _)).Times(0);
+  EXPECT_CALL(*agent, create(_, _, _)).Times(0);
   multiplexer.registerLocal("svc", local);
   multiplexer.registerAgent("svc", agent);
+  const MBQAccessProviderPtr provider = makeProvider(kChecking);
+  // Names are exact keys: neither case nor blanks are folded.
+  for (const std::string name : {"SVC", "svc ", ""}) {
+    SCOPED_TRACE("'" + name + "'");
+    EXPECT_EQ(nullptr, multiplexer.getLocal(provider, name));
+    EXPECT_EQ(nullptr, multiplexer.getAgent(kLocalEid, provider, name));
+    EXPECT_EQ(nullptr, multiplexer.get(kLocalEid, provider, name));
+  }
   multiplexer.unregisterLocal("svc");
   multiplexer.unregisterAgent("svc");
   multiplexer.unregisterLocal("unknown");

@@ -57,21 +57,16 @@ TEST_F(MBQCodecTest, ScalarValuesRoundTripByIdAndName) {
   ASSERT_EQ(0, it_->setValue("flag", true));
   ASSERT_EQ(0, it_->setValue("ratio", 0.1));
   auto in = reparsed();
-  std::string name;
-  int port = 0;
-  long long big = 0;
-  bool flag = false;
-  double ratio = 0;
-  EXPECT_EQ(0, in->getValue(1010, name));
-  EXPECT_EQ(0, in->getValue(1704, port));
-  EXPECT_EQ(0, in->getValue("big", big));
-  EXPECT_EQ(0, in->getValue("flag", flag));
-  EXPECT_EQ(0, in->getValue("ratio", ratio));
-  EXPECT_EQ("web & <db>", name);
-  EXPECT_EQ(-42, port);
-  EXPECT_EQ(9007199254740993LL, big);
-  EXPECT_TRUE(flag);
-  EXPECT_EQ(0.1, ratio);
+  const auto expectRead = [&in](auto where, auto expected) {
+    decltype(expected) value{};
+    EXPECT_EQ(0, in->getValue(where, value)) << where;
+    EXPECT_EQ(expected, value) << where;
+  };
+  expectRead(1010, std::string("web & <db>"));
+  expectRead(1704, -42);
+  expectRead("big", 9007199254740993LL);
+  expectRead("flag", true);
+  expectRead("ratio", 0.1);
 }
 
 TEST_F(MBQCodecTest, FailedValueReadLeavesTargetUnchanged) {
@@ -136,17 +131,15 @@ TEST_F(MBQCodecTest, MapItemWithoutRequiredValueFailsButOptionalKeyMayBeMissing)
   it_->setValue(1018, std::string("no key"));
   it_->up();
   std::map<std::string, std::string> map;
-  auto optionalKey = MBQReaderMap(1017, MBQReaderRequired, MBQReaderID(MBQReaderValue<std::string>(), 1026, MBQReaderOptional),
-                                  MBQReaderID(MBQReaderValue<std::string>(), 1018));
-  EXPECT_EQ(0, optionalKey(*it_, map));
+  auto reader = MBQReaderMap(1017, MBQReaderRequired, MBQReaderID(MBQReaderValue<std::string>(), 1026, MBQReaderOptional),
+                             MBQReaderID(MBQReaderValue<std::string>(), 1018));
+  EXPECT_EQ(0, reader(*it_, map));
   EXPECT_EQ((std::map<std::string, std::string>{{"", "no key"}}), map);
   it_->addChildAndDescend(1017);
   it_->setValue(1026, std::string("no value"));
   it_->up();
-  auto requiredValue = MBQReaderMap(1017, MBQReaderRequired, MBQReaderID(MBQReaderValue<std::string>(), 1026, MBQReaderOptional),
-                                    MBQReaderID(MBQReaderValue<std::string>(), 1018));
   map.clear();
-  EXPECT_EQ(-1, requiredValue(*it_, map));
+  EXPECT_EQ(-1, reader(*it_, map));
 }
 
 TEST_F(MBQCodecTest, PutObjectTwiceLeavesOneChild) {

@@ -127,19 +127,6 @@ TEST(KTREnvConfigBashParserInstanceTest, FailsWithoutResourceCategory) {
   }
 }
 
-TEST(KTREnvConfigBashParserInstanceTest, KeyTableHoldsTheFixedKeysAfterTheEndMark) {
-  const KTREnvConfigBashParser::KeyTable& table = KTREnvConfigBashParser::keyTable();
-  ASSERT_EQ(32u, table.size());
-  EXPECT_EQ("", table.begin()->first);
-  EXPECT_EQ(nullptr, table.begin()->second);
-  Keys keys;
-  for (auto it = std::next(table.begin()); it != table.end(); ++it) {
-    keys.push_back(it->first);
-    EXPECT_NE(nullptr, it->second) << it->first;
-  }
-  EXPECT_EQ(sortedFixedKeys(), keys);
-}
-
 // ---------------------------------------------------------------- put, get, getNext
 
 TEST_F(KTREnvConfigBashParserTest, PutCodes) {

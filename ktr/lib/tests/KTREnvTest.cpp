@@ -53,6 +53,7 @@ TEST(KTREnvTest, TitleTakesTheFirstRuleThatGivesAValue) {
     const char* ctid;  // nullptr: no id at all, or the number `veid` when that is not negative
     int veid;
     const char* expected;
+    bool withVirtual = true;
   };
   const Case cases[] = {
       {"virtual name first", {"vname", "vhost"}, {"pname", "phost"}, "101", -1, "vname"},
@@ -68,6 +69,8 @@ TEST(KTREnvTest, TitleTakesTheFirstRuleThatGivesAValue) {
       {"empty virtual list falls through", {nullptr, nullptr, &empty}, {nullptr, nullptr, &other}, nullptr, -1,
        "10.9.9.9"},
       {"nothing left but the eid", {}, {}, nullptr, -1, "eid-1"},
+      {"no virtual configuration", {}, {nullptr, "phost"}, nullptr, -1, "phost", false},
+      {"no configuration at all", {}, {}, nullptr, -1, "eid-1", false},
   };
   const auto fill = [](MBQ::MBQEnvConfig& config, const Side& side) {
     config.initMsg();
@@ -83,19 +86,10 @@ TEST(KTREnvTest, TitleTakesTheFirstRuleThatGivesAValue) {
     fill(*plainConfig, c.plainSide);
     if (c.ctid) virtualConfig->setVeid(CtidWrapper(std::string(c.ctid)));
     if (!c.ctid && c.veid >= 0) virtualConfig->setVeid(c.veid);
-    KTREnv env(MBQ::MBQEID("eid-1"), virtualConfig);
-    env.setConfig(plainConfig);
+    KTREnv env(MBQ::MBQEID("eid-1"), c.withVirtual ? virtualConfig : nullptr);
+    if (c.withVirtual || c.plainSide.hostname) env.setConfig(plainConfig);
     EXPECT_EQ(c.expected, env.getTitle()) << c.what;
   }
-}
-
-TEST(KTREnvTest, TitleWithoutConfigurationsIsTheEid) {
-  EXPECT_EQ("eid-2", KTREnv(MBQ::MBQEID("eid-2"), nullptr).getTitle());
-  KTREnv env(MBQ::MBQEID("eid-3"), nullptr);
-  auto plain = std::make_shared<MBQ::MBQEnvConfig>();
-  plain->setHostname(std::string("plain-host"));
-  env.setConfig(plain);
-  EXPECT_EQ("plain-host", env.getTitle());
 }
 
 TEST(KTREnvTest, SortKeyIsTheContainerIdsKeyAndWithoutIdLogsAndSortsAsZero) {

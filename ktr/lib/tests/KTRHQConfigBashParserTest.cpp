@@ -48,20 +48,16 @@ std::vector<std::pair<std::string, bool>> flags(const KTRVtSettings& settings) {
 }
 
 TEST(KTRHQConfigBashParserTest, KeepsEveryAssignmentRawAndInterpretsTheDirectories) {
-  const KTRVtSettings settings = read("# global\nLOCKDIR=/run/lock\nTemplate=\"/var/lib/quellix/templates\"\nAGENT_LOG_LEVEL=2\n");
+  // A repeated key keeps its first raw value, and the last one as the directory.
+  const KTRVtSettings settings = read(
+      "# global\nLOCKDIR=/run/lock\nTemplate=\"/var/lib/quellix/templates\"\nAGENT_LOG_LEVEL=2\nLOCKDIR=/second\n");
   EXPECT_EQ((Raw{{"lockdir", "/run/lock"}, {"template", "/var/lib/quellix/templates"}, {"agent_log_level", "2"}}),
             settings.getSettingsMap());
-  EXPECT_EQ(MBQ::MBQOptionalProperty<std::string>("/run/lock"), settings.getLockDir());
+  EXPECT_EQ(MBQ::MBQOptionalProperty<std::string>("/second"), settings.getLockDir());
   EXPECT_EQ(MBQ::MBQOptionalProperty<std::string>("/var/lib/quellix/templates"), settings.getTemplateDir());
   EXPECT_FALSE(settings.getOfflineServices().isSpecified());
 
   EXPECT_EQ(MBQ::MBQOptionalProperty<std::string>(""), read("TEMPLATE=\n").getTemplateDir());
-}
-
-TEST(KTRHQConfigBashParserTest, ARepeatedKeyKeepsTheFirstRawValueAndTheLastDirectory) {
-  const KTRVtSettings settings = read("LOCKDIR=/first\nLOCKDIR=/second\n");
-  EXPECT_EQ("/first", settings.getSettingsMap().at("lockdir"));
-  EXPECT_EQ(MBQ::MBQOptionalProperty<std::string>("/second"), settings.getLockDir());
 }
 
 TEST(KTRHQConfigBashParserTest, OfflineServicesSwitchTheKnownServicesOnlyAndWriteBackInListOrder) {
@@ -98,16 +94,6 @@ TEST(KTRHQConfigBashParserTest, GetSideAnswers) {
   EXPECT_EQ(kKeyWithoutValue, noListGet.get("offline_service", value));
 }
 
-TEST(KTRHQConfigBashParserTest, ProducesTheFirstRawKeyThenTheDirectoriesThenTheRest) {
-  KTRVtSettings settings;
-  settings.setSettingsMap(Raw{{"a", "1"}, {"lockdir", "/l"}, {"m", "2"}, {"template", "/t"}, {"z", "3"}});
-  KTRHQConfigBashParser::ParameterParserGet get(settings);
-  std::vector<std::string> keys;
-  std::string key;
-  while (get.getNext(key) == 0) keys.push_back(key);
-  EXPECT_EQ((std::vector<std::string>{"a", "lockdir", "template", "m", "z"}), keys);
-}
-
 TEST(KTRHQConfigBashParserTest, AppendsNothingWhenTheRawMapHoldsOnlyTheDirectories) {
   // Deliberate: without another raw key the first getNext already ends the appending.
   KTRVtSettings settings;
@@ -118,8 +104,9 @@ TEST(KTRHQConfigBashParserTest, AppendsNothingWhenTheRawMapHoldsOnlyTheDirectori
   EXPECT_EQ("", write(settings));
   EXPECT_EQ("# x\n", write(settings, "# x\n"));
 
-  settings.setSettingsMap(Raw{{"other", "o"}});
-  EXPECT_EQ("OTHER=\"o\"\nLOCKDIR=\"/l\"\nTEMPLATE=\"/t\"\n", write(settings));
+  // Keys come as the first raw key, the directories, then the other raw keys.
+  settings.setSettingsMap(Raw{{"a", "1"}, {"lockdir", "/raw"}, {"m", "2"}, {"template", "/raw"}, {"z", "3"}});
+  EXPECT_EQ("A=\"1\"\nLOCKDIR=\"/l\"\nTEMPLATE=\"/t\"\nM=\"2\"\nZ=\"3\"\n", write(settings));
   EXPECT_EQ("", write(KTRVtSettings()));
 }
 

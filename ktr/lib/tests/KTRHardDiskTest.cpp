@@ -114,32 +114,15 @@ TEST_F(KTRHardDiskTest, NameValueTakesNameAndFirstWord) {
 
 // ---------------------------------------------------------------- Dromo text form
 
+// What reads back from such texts is the table below's; `expanded` is not in the text.
 TEST_F(KTRHardDiskTest, DromoTextFormIsSortedPairsWithBracedUuid) {
-  struct Case {
-    Dromo disk;
-    std::string text;
-    bool readsBackEqual;
+  const std::pair<Dromo, std::string> cases[] = {
+      {dromo("/a.img", 1048576, kGuid), "image=/a.img,size=1048576,uuid={" + kGuidText + "}"},
+      {dromo("", 0), "image=,size=0,uuid={" + kEmptyGuidText + "}"},
+      {dromo("/l.img", 9223372036854775807LL), "image=/l.img,size=9223372036854775807,uuid={" + kEmptyGuidText + "}"},
+      {dromo("/a.img", -5, kGuid, false), "image=/a.img,size=-5,uuid={" + kGuidText + "}"},
   };
-  const Case cases[] = {
-      {dromo("/a.img", 1048576, kGuid), "image=/a.img,size=1048576,uuid={" + kGuidText + "}", true},
-      {dromo("", 0), "image=,size=0,uuid={" + kEmptyGuidText + "}", true},
-      {dromo("/l.img", 9223372036854775807LL), "image=/l.img,size=9223372036854775807,uuid={" + kEmptyGuidText + "}",
-       true},
-      // Written with image and size, but an image of a disk without size is not read back.
-      {dromo("/a.img", 0, kGuid), "image=/a.img,size=0,uuid={" + kGuidText + "}", false},
-      {dromo("/a.img", -5), "image=/a.img,size=-5,uuid={" + kEmptyGuidText + "}", false},
-      // The text does not carry `expanded`: read back it is true again.
-      {dromo("/a.img", 7, kGuid, false), "image=/a.img,size=7,uuid={" + kGuidText + "}", false},
-  };
-  for (const Case& c : cases) {
-    EXPECT_EQ(c.text, c.disk.toString());
-    Dromo read;
-    read.fromString(c.text);
-    EXPECT_EQ(c.readsBackEqual, read == c.disk) << c.text;
-    EXPECT_EQ(c.disk.uuid(), read.uuid()) << c.text;
-    EXPECT_EQ(c.disk.size(), read.size()) << c.text;
-    EXPECT_TRUE(read.expanded()) << c.text;
-  }
+  for (const auto& [disk, text] : cases) EXPECT_EQ(text, disk.toString());
 }
 
 TEST_F(KTRHardDiskTest, DromoFromStringTable) {
@@ -161,6 +144,7 @@ TEST_F(KTRHardDiskTest, DromoFromStringTable) {
       {"image=/a.img,size=12abc", dromo("", 0)},
       {"image=/a.img,size=10,size=20", dromo("/a.img", 10)},
       {"image=/a.img,size=10,expanded=no", dromo("/a.img", 10)},
+      {"image=/l.img,size=9223372036854775807", dromo("/l.img", 9223372036854775807LL)},
       {" image = /a.img,size=10", dromo("", 10)},
       {"image=/a.img,size=10,uuid=nonsense", Dromo()},
       {"image=/a.img,size=10,uuid={" + kGuidText, Dromo()},

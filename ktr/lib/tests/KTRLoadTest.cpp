@@ -1,5 +1,6 @@
-// Loads the library the way the agent does, with only the core framework linked in, and checks
-// what its load-time initialisers register and what unloading takes away again.
+// Loads the library the way the agent does, by its soname with only the core framework linked in,
+// and checks its exported version, what its load-time initialisers register and what unloading
+// takes away again.
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 
@@ -24,6 +25,10 @@ TEST(KTRLoadTest, LoadingRegistersTheTechnologyAndUnloadingRemovesIt) {
   const std::string path = std::string(KTR_LIBRARY_DIR) + "/libKTRFunctionality.so.7";
   void* handle = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
   ASSERT_NE(nullptr, handle) << dlerror();
+  using VersionFn = const char* (*)();
+  auto version = reinterpret_cast<VersionFn>(dlsym(handle, "ktrLibraryVersion"));
+  ASSERT_NE(nullptr, version) << dlerror();
+  EXPECT_STREQ("7.0", version());
 
   EXPECT_NE(nullptr, MBQ::MBQEnvFactory::getInstance().findEnv("quellix"));
   ASSERT_NE(nullptr, ConfigFactory::findByName(kConfigType));

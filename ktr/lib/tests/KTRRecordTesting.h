@@ -1,25 +1,19 @@
 #pragma once
 
 // What the library's tests share: a fixture that writes records under an element "r" and reads
-// them back from the message's text, so every check goes through XML; a logger capture; a
-// private folder; file text; vocabularies made from text.
+// them back from the message's text, so every check goes through XML; vocabularies made from
+// text; and the core tests' logger capture, private folder and file text.
 
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
-#include <cstdio>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <memory>
-#include <sstream>
 #include <string>
 #include <vector>
 
 #include "MBQCore/MBQError.h"
-#include "MBQCore/MBQLogger.h"
 #include "MBQFunctionalityCore/MBQVocMap.h"
 #include "MBQMessage/MBQMessage.h"
+#include "MBQTestSupport.h"
 
 namespace KTR {
 namespace testing {
@@ -78,56 +72,9 @@ class RecordTest : public ::testing::Test {
   std::vector<std::unique_ptr<MBQ::MBQMessageIterator>> cursors_;
 };
 
-// Captures the logger's lines for the life of the object.
-class LogCapture {
- public:
-  LogCapture() : stream_(open_memstream(&buffer_, &size_)) { MBQ::Logger::setStream(stream_); }
-  ~LogCapture() {
-    MBQ::Logger::setStream(stderr);
-    std::fclose(stream_);
-    std::free(buffer_);
-  }
-  LogCapture(const LogCapture&) = delete;
-  LogCapture& operator=(const LogCapture&) = delete;
-  std::string text() {
-    MBQ::Logger::flush();
-    std::fflush(stream_);
-    return std::string(buffer_, size_);
-  }
-
- private:
-  char* buffer_ = nullptr;
-  std::size_t size_ = 0;
-  FILE* stream_;
-};
-
-// A private folder under /tmp, removed with everything in it at the end of its scope.
-class TempDir {
- public:
-  TempDir() {
-    char pattern[] = "/tmp/ktrtestXXXXXX";
-    if (::mkdtemp(pattern) != nullptr) path_ = pattern;
-  }
-  ~TempDir() {
-    std::error_code ignored;
-    if (!path_.empty()) std::filesystem::remove_all(path_, ignored);
-  }
-  TempDir(const TempDir&) = delete;
-  TempDir& operator=(const TempDir&) = delete;
-  const std::string& path() const { return path_; }
-  std::string file(const std::string& name) const { return path_ + "/" + name; }
-
- private:
-  std::string path_;
-};
-
-// The whole content of a file; empty when it cannot be read.
-inline std::string slurp(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::ostringstream text;
-  text << in.rdbuf();
-  return text.str();
-}
+using MBQ::test::LogCapture;
+using MBQ::test::slurp;
+using MBQ::test::TempDir;
 
 // A vocabulary loaded from `text` (the load must succeed).
 inline MBQ::MBQVocMapSP vocabularyFrom(const std::string& text) {

@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 #include <stdlib.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <fstream>
 #include <string>
@@ -144,29 +142,19 @@ TEST_F(KTRTemplateCacheTest, CreateInstanceUsesTheUploadsFolderSharesOneHandleAn
 TEST_F(KTRTemplateCacheTest, ProcessesShareTemplatesThroughTheFile) {
   ASSERT_TRUE(KTRTemplateCachePrototype::open(path_));
   const auto nth = [](int c, int i) { return makeTemplate("t" + std::to_string(c) + "-" + std::to_string(i), c == 0); };
-  std::vector<pid_t> children;
-  for (int c = 0; c < 3; ++c) {
-    const pid_t pid = ::fork();
-    if (pid == 0) {
-      KTRTemplateCachePrototypeSP cache = KTRTemplateCachePrototype::open(path_);
-      if (!cache) ::_exit(10);
-      for (int i = 0; i < 30; ++i) {
-        KTRTemplateObject object = nth(c, i);
-        if (c == 0) object.setValue(std::string(5000, 'v'));  // grows the file under the others
-        if (cache->insert(object) != 0) ::_exit(11);
-        KTRTemplateObject found;
-        if (cache->lookup(object.getStringID(), found) != 0 || !(found == object)) ::_exit(12);
-        if (i % 2 && cache->remove(object.getStringID()) != 0) ::_exit(13);
-      }
-      ::_exit(0);
+  MBQ::test::expectCleanExits(MBQ::test::forkChildren(3, [&](int c) {
+    KTRTemplateCachePrototypeSP cache = KTRTemplateCachePrototype::open(path_);
+    if (!cache) return 10;
+    for (int i = 0; i < 30; ++i) {
+      KTRTemplateObject object = nth(c, i);
+      if (c == 0) object.setValue(std::string(5000, 'v'));  // grows the file under the others
+      if (cache->insert(object) != 0) return 11;
+      KTRTemplateObject found;
+      if (cache->lookup(object.getStringID(), found) != 0 || !(found == object)) return 12;
+      if (i % 2 && cache->remove(object.getStringID()) != 0) return 13;
     }
-    children.push_back(pid);
-  }
-  for (pid_t pid : children) {
-    int status = 0;
-    ASSERT_EQ(pid, ::waitpid(pid, &status, 0));
-    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
-  }
+    return 0;
+  }));
   KTRTemplateCacheLogic::Report report;
   std::vector<std::string> problems;
   EXPECT_EQ(0, KTRTemplateCacheLogic::checkFile(path_, report, problems)) << problems.front();
