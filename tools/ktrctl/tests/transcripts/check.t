@@ -29,3 +29,8 @@ node/135.conf:48: private area /var/lib/quellix/private/101 is also used by node
 node/135.conf:64: not a readable assignment
 node/135.conf:65: HOSTNAME is assigned again (first on line 51)
 (exit 1)
+
+# A UUID is the same in braces.
+$ sed -i 's|^UUID=.*|UUID="{00000000-0000-4000-8000-000000000010}"|' node/140.conf && ktrctl check node | grep UUID
+node/109.conf:62: UUID 00000000-0000-4000-8000-000000000004 is also used by node/104.conf:62
+node/140.conf:62: UUID 00000000-0000-4000-8000-000000000010 is also used by node/110.conf:62
