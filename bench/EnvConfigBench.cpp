@@ -1,6 +1,7 @@
 // A full container configuration (every property set, 4 interfaces, 4 disks, 30 resource
 // values) written to XML text and read back into a new configuration, against the bare
-// libxml2 parse and serialise of the same text.
+// libxml2 parse and serialise of the same text; beside them, reading the text alone and
+// validating it against the published schemas.
 #include <benchmark/benchmark.h>
 
 #include "LibxmlBaseline.h"
@@ -12,6 +13,7 @@
 
 #include "KTRFunctionality/KTREnvConfig.h"
 #include "KTRFunctionality/KTRHardDisk.h"
+#include "KTRFunctionality/KTRRecordCatalog.h"
 #include "KTRFunctionality/KTRVEth.h"
 #include "MBQMessage/MBQMessage.h"
 
@@ -101,6 +103,34 @@ void BM_EnvConfigRoundTrip(benchmark::State& state) {
   state.SetItemsProcessed(state.iterations());
 }
 BENCHMARK(BM_EnvConfigRoundTrip);
+
+void BM_EnvConfigRead(benchmark::State& state) {
+  const std::string text = writeConfig(makeConfig());
+  for (auto _ : state) {
+    MBQ::MBQMessage parsed;
+    if (parsed.parse(text) != 0) state.SkipWithError("parse failed");
+    KTR::KTREnvConfig back;
+    if (parsed.iterator()->getObject(back, KTR::KTREnvConfig::Reader()) != 0) state.SkipWithError("read failed");
+    MBQOptionalProperty<std::vector<KTR::KTRNetVEth>> veths;
+    if (back.getNetVEths(veths) != 0 || veths.get().size() != 4) state.SkipWithError("veths lost");
+    benchmark::DoNotOptimize(back);
+  }
+  state.SetItemsProcessed(state.iterations());
+}
+BENCHMARK(BM_EnvConfigRead);
+
+void BM_EnvConfigValidate(benchmark::State& state) {
+  const std::string text = writeConfig(makeConfig());
+  const MBQ::MBQSchemaSet* schemas = KTR::recordSchemas();
+  const KTR::KTRRecordType* type = KTR::findRecordType("KTREnvConfig");
+  for (auto _ : state) {
+    std::vector<MBQ::MBQSchemaProblem> problems;
+    if (schemas->validate(text, type->ns, type->publishedType, problems) != 0)
+      state.SkipWithError(("not valid: " + problems.front().text).c_str());
+  }
+  state.SetItemsProcessed(state.iterations());
+}
+BENCHMARK(BM_EnvConfigValidate);
 
 void BM_EnvConfigBareLibxml2(benchmark::State& state) {
   const std::string text = writeConfig(makeConfig());

@@ -1,14 +1,17 @@
 // A list of 1,000 updates of every kind (each template update carrying 5 application updates)
 // read from XML text and written back to text through the derived readers and writers, versus
 // parsing and serialising the same text with bare libxml2. The ratio of the two is what
-// choosing each entry's class and running its codec costs.
+// choosing each entry's class and running its codec costs. Beside them: reading the list alone,
+// validating its text against the published schemas, and compiling those schemas.
 #include <benchmark/benchmark.h>
 
 #include "LibxmlBaseline.h"
 
 #include <memory>
 #include <string>
+#include <vector>
 
+#include "KTRFunctionality/KTRRecordCatalog.h"
 #include "KTRFunctionality/KTRUp2date.h"
 #include "MBQMessage/MBQMessage.h"
 
@@ -89,6 +92,42 @@ void BM_UpdateListThroughText(benchmark::State& state) {
   state.counters["bytes"] = static_cast<double>(text.size());
 }
 BENCHMARK(BM_UpdateListThroughText)->Unit(benchmark::kMillisecond);
+
+void BM_UpdateListRead(benchmark::State& state) {
+  const std::string text = writeList(makeList());
+  for (auto _ : state) {
+    MBQ::MBQMessage parsed;
+    if (parsed.parse(text) != 0) state.SkipWithError("parse failed");
+    KTR::KTRUpdateList list;
+    KTR::KTRUpdateList::Reader()(*parsed.iterator(), list);
+    if (list.size() != static_cast<std::size_t>(kEntries)) state.SkipWithError("read failed");
+    benchmark::DoNotOptimize(list.data());
+  }
+  state.SetItemsProcessed(state.iterations() * kEntries);
+}
+BENCHMARK(BM_UpdateListRead)->Unit(benchmark::kMillisecond);
+
+void BM_UpdateListValidate(benchmark::State& state) {
+  const std::string text = writeList(makeList());
+  const MBQ::MBQSchemaSet* schemas = KTR::recordSchemas();
+  const KTR::KTRRecordType* type = KTR::findRecordType("KTRUpdateList");
+  for (auto _ : state) {
+    std::vector<MBQ::MBQSchemaProblem> problems;
+    if (schemas->validate(text, type->ns, type->publishedType, problems) != 0)
+      state.SkipWithError(("not valid: " + problems.front().text).c_str());
+  }
+  state.SetItemsProcessed(state.iterations() * kEntries);
+}
+BENCHMARK(BM_UpdateListValidate)->Unit(benchmark::kMillisecond);
+
+void BM_SchemaCompile(benchmark::State& state) {
+  const std::vector<MBQ::MBQSchemaFile> files = KTR::recordSchemaFiles();
+  for (auto _ : state) {
+    std::string error;
+    if (MBQ::MBQSchemaSet::load(files, error) == nullptr) state.SkipWithError(error.c_str());
+  }
+}
+BENCHMARK(BM_SchemaCompile)->Unit(benchmark::kMillisecond);
 
 void BM_BareLibxml2ParseAndSerialise(benchmark::State& state) {
   const std::string text = writeList(makeList());

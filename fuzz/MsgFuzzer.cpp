@@ -3,9 +3,16 @@
 // root's declared type. A record that reads is written back and that text, when it parses, is
 // read again. (Written text does not always parse: a configuration copies foreign subtrees,
 // and an xsi:type whose local part holds ':' comes back as a namespace URI libxml2 refuses.)
+//
+// What a reader accepts, its writer writes valid against the published schemas. Records that
+// keep a subtree as they got it (container configurations and what holds them) write back
+// whatever came in, so for them only a valid message must come back valid.
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
+#include <cstdlib>
 #include <string>
+#include <vector>
 
 #include "KTRFunctionality/KTRRecordCatalog.h"
 #include "MBQMessage/MBQMessage.h"
@@ -14,12 +21,32 @@ namespace {
 
 using RoundTrip = int (*)(const MBQ::MBQMessageIterator&, MBQ::MBQMessage&, int&);
 
-void roundTwice(RoundTrip roundTrip, const MBQ::MBQMessageIterator& root) {
+bool keepsSubtrees(const KTR::KTRRecordType& type) {
+  return type.name == "KTREnvConfig" || type.name == "KTREnv" || type.name == "KTRMigratorCloneOptions";
+}
+
+bool valid(const KTR::KTRRecordType& type, const std::string& text, std::vector<MBQ::MBQSchemaProblem>& problems) {
+  problems.clear();
+  return KTR::recordSchemas()->validate(text, type.ns, type.publishedType, problems) == 0;
+}
+
+void expectValidBack(const KTR::KTRRecordType& type, const std::string& in, const std::string& out) {
+  std::vector<MBQ::MBQSchemaProblem> problems;
+  if (valid(type, out, problems)) return;
+  std::vector<MBQ::MBQSchemaProblem> inProblems;
+  if (keepsSubtrees(type) && !valid(type, in, inProblems)) return;
+  std::fprintf(stderr, "%s writes what the schemas refuse: line %d: %s\n%s\n", type.name.c_str(), problems[0].line,
+               problems[0].text.c_str(), out.c_str());
+  std::abort();
+}
+
+void roundTwice(const KTR::KTRRecordType& type, RoundTrip roundTrip, const MBQ::MBQMessage& message) {
   MBQ::MBQMessage out;
   int status = 0;
-  if (roundTrip(root, out, status) != 0) return;
-  MBQ::MBQMessage again;
+  if (roundTrip(*message.iterator(), out, status) != 0) return;
   const std::string text = out.toString();
+  expectValidBack(type, message.toString(), text);
+  MBQ::MBQMessage again;
   if (again.parse(text) != 0) return;
   MBQ::MBQMessage third;
   roundTrip(*again.iterator(), third, status);
@@ -31,12 +58,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (size > 64 * 1024) return 0;
   MBQ::MBQMessage message;
   if (message.parse(reinterpret_cast<const char*>(data), size) != 0) return 0;
-  const auto root = message.iterator();
-  for (const auto& type : KTR::recordTypes()) roundTwice(type.roundTrip, *root);
+  for (const auto& type : KTR::recordTypes()) roundTwice(type, type.roundTrip, message);
   std::string schemaName;
-  if (root->getSchemaType(schemaName) == 0) {
+  if (message.iterator()->getSchemaType(schemaName) == 0) {
     const KTR::KTRRecordType* type = KTR::findRecordTypeBySchema(schemaName);
-    if (type != nullptr && type->roundTripDerived != nullptr) roundTwice(type->roundTripDerived, *root);
+    if (type != nullptr && type->roundTripDerived != nullptr) roundTwice(*type, type->roundTripDerived, message);
   }
   return 0;
 }

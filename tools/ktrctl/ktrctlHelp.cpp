@@ -100,6 +100,14 @@ const CommandHelp kCommands[] = {
      "Reads the record FILE holds (the class named, or the one its root element's schema type names), writes it "
      "back with the record's own writer and prints that XML.",
      ""},
+    {"msg validate", "[--as CLASS] [--schemas DIR] FILE...", "check messages against the published schemas",
+     "Validates each FILE against the schemas of the library's messages (built in; --schemas reads the *.xsd files "
+     "of DIR instead, such as share/KTRFunctionality/schema). The root element is taken as the schema type it "
+     "declares (xsi:type), or as the type of the record class named with --as. One \"FILE:LINE: problem\" line per "
+     "problem; nothing for a valid file (with --verbose, \"FILE: valid\"). Exit 1 when a file is invalid or not "
+     "well-formed XML, 2 when a file cannot be read, its root declares no type and no --as is given, or the "
+     "schemas do not load.",
+     "--verbose"},
     {"help", "[COMMAND]", "print the usage, or one command's help", "", ""},
 };
 const std::size_t kCommandCount = sizeof kCommands / sizeof kCommands[0];

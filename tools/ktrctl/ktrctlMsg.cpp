@@ -1,7 +1,9 @@
 #include "ktrctlMsg.h"
 #include "ktrctlOutput.h"
 
+#include <algorithm>
 #include <cstdio>
+#include <memory>
 #include <fstream>
 #include <sstream>
 #include <string>
@@ -9,6 +11,7 @@
 #include "KTRFunctionality/KTRRecordCatalog.h"
 #include "MBQCore/MBQError.h"
 #include "MBQMessage/MBQMessage.h"
+#include "MBQMessage/MBQSchemaSet.h"
 #include "MBQMessage/MBQTagTable.h"
 
 namespace ktrctl {
@@ -80,14 +83,69 @@ int read(const Args& args) {
   return kOk;
 }
 
+// The problems of one message file as "FILE:LINE: what" lines; kOk, kNegative when there are
+// problems, kError when the file cannot be checked.
+int validateFile(const MBQ::MBQSchemaSet& schemas, const std::string& path, const KTR::KTRRecordType* as,
+                 bool verbose) {
+  std::ifstream in(path, std::ios::binary);
+  std::ostringstream text;
+  text << in.rdbuf();
+  if (!in) return fail(path + ": cannot read");
+  std::vector<MBQ::MBQSchemaProblem> problems;
+  const int rc = schemas.validate(text.str(), as != nullptr ? as->ns : "", as != nullptr ? as->publishedType : "",
+                                  problems);
+  if (rc < 0 && as == nullptr && !problems.empty() && problems.front().text.find("declares no schema type") != std::string::npos)
+    return fail(path + ": the root element declares no schema type; name the class with --as");
+  for (const MBQ::MBQSchemaProblem& problem : problems)
+    std::printf("%s:%d: %s\n", path.c_str(), problem.line, oneLine(problem.text).c_str());
+  if (rc == 0 && verbose) std::printf("%s: valid\n", path.c_str());
+  return rc == 0 ? kOk : kNegative;
+}
+
+int validate(const Options& options, const Args& args) {
+  const KTR::KTRRecordType* as = nullptr;
+  std::string schemaDir;
+  Args paths;
+  for (std::size_t i = 0; i < args.size(); ++i) {
+    if (args[i] == "--as" || args[i] == "--schemas") {
+      if (i + 1 >= args.size()) return fail("msg validate: " + args[i] + (args[i] == "--as" ? " needs a CLASS" : " needs a DIR"));
+      if (args[i] == "--schemas") {
+        schemaDir = args[++i];
+        continue;
+      }
+      as = KTR::findRecordType(args[++i]);
+      if (as == nullptr) return fail("unknown record class " + args[i] + " (see ktrctl msg types)");
+    } else {
+      paths.push_back(args[i]);
+    }
+  }
+  if (paths.empty()) return fail("msg validate needs a FILE");
+
+  std::unique_ptr<MBQ::MBQSchemaSet> fromDir;
+  const MBQ::MBQSchemaSet* schemas = nullptr;
+  std::string error;
+  if (!schemaDir.empty()) {
+    fromDir = MBQ::MBQSchemaSet::loadDirectory(schemaDir, error);
+    schemas = fromDir.get();
+  } else {
+    schemas = KTR::recordSchemas(&error);
+  }
+  if (schemas == nullptr) return fail("schemas: " + error);
+
+  int worst = kOk;
+  for (const std::string& path : paths) worst = std::max(worst, validateFile(*schemas, path, as, options.verbose));
+  return worst;
+}
+
 }  // namespace
 
-int msgCommand(const Options&, const Args& args) {
-  if (args.empty()) return fail("msg needs types, tags or read (see ktrctl --help)");
+int msgCommand(const Options& options, const Args& args) {
+  if (args.empty()) return fail("msg needs types, tags, read or validate (see ktrctl --help)");
   const Args rest(args.begin() + 1, args.end());
   if (args[0] == "types" && rest.empty()) return types();
   if (args[0] == "tags" && rest.empty()) return tags();
   if (args[0] == "read") return read(rest);
+  if (args[0] == "validate") return validate(options, rest);
   return fail("msg: unknown subcommand or arguments (see ktrctl --help)");
 }
 

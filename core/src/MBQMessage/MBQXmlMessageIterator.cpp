@@ -62,16 +62,6 @@ bool isText(xmlNodePtr node) {
   return node->type == XML_TEXT_NODE || node->type == XML_CDATA_SECTION_NODE;
 }
 
-// Conventional prefixes keep written messages readable; any other URI gets "nsN".
-const char* preferredPrefix(const std::string& uri) {
-  if (uri == kTypesNamespace) return "ktr";
-  if (uri == kUpdateNamespace) return "up";
-  if (uri == kRelocatorNamespace) return "rel";
-  if (uri == kCoreTypesNamespace) return "mbq";
-  if (uri == kXsiNamespace) return "xsi";
-  return nullptr;
-}
-
 // The declaration of `uri` in scope at `node`, declared on the document root when none is.
 xmlNsPtr ensureNamespace(xmlDocPtr doc, xmlNodePtr node, const std::string& uri) {
   if (uri.empty()) return nullptr;
@@ -79,7 +69,8 @@ xmlNsPtr ensureNamespace(xmlDocPtr doc, xmlNodePtr node, const std::string& uri)
   xmlNodePtr root = xmlDocGetRootElement(doc);
   if (root == nullptr) root = node;
   std::string prefix;
-  if (const char* preferred = preferredPrefix(uri)) prefix = preferred;
+  // Conventional prefixes keep written messages readable; any other URI gets "nsN".
+  if (const char* preferred = conventionalPrefix(uri)) prefix = preferred;
   for (int n = 1; prefix.empty() || xmlSearchNs(doc, root, X(prefix.c_str())) != nullptr; ++n)
     prefix = "ns" + std::to_string(n);
   return xmlNewNs(root, X(uri.c_str()), X(prefix.c_str()));

@@ -1,6 +1,8 @@
 #include "KTRFunctionality/KTRRecordCatalog.h"
 
 #include <gtest/gtest.h>
+#include <libxml/parser.h>
+#include <libxml/tree.h>
 
 #include <dirent.h>
 
@@ -20,7 +22,8 @@
 // Every record the library reads and writes, against its fixture in records/: the full form
 // (every element the writer can write, lists of two) reads and writes back byte for byte, and
 // each child of the record, taken away, either fails the read with an error naming it or
-// leaves exactly the rest, as records/layouts.txt says. Adding a record means adding its
+// leaves exactly the rest, as records/layouts.txt says. Whatever is written is valid against
+// the published schemas. Adding a record means adding its
 // fixture and its layout line.
 
 namespace KTR {
@@ -145,6 +148,7 @@ TEST_P(KTRRecordFixtureTest, FullFormRoundTripsAndEachChildIsRequiredOrDropsAlon
   const Outcome full = roundTrip(type, fixture, false);
   ASSERT_EQ(0, full.rc) << full.error;
   EXPECT_EQ(fixture, full.written);
+  testing::expectSchemaValid(type, full.written);
   if (type.roundTripDerived != nullptr) {
     const Outcome derived = roundTrip(type, fixture, true);
     ASSERT_EQ(0, derived.rc) << derived.error;
@@ -164,6 +168,7 @@ TEST_P(KTRRecordFixtureTest, FullFormRoundTripsAndEachChildIsRequiredOrDropsAlon
           << "the error names the missing element: " << without.error;
     } else {
       layout += without.written == canonical(rest) ? "?" : "~";
+      testing::expectSchemaValid(type, without.written);
     }
   }
   EXPECT_EQ(layouts()[type.name], layout) << type.name << ": " << layout;
@@ -177,6 +182,100 @@ std::string testName(const ::testing::TestParamInfo<KTRRecordType>& info) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Catalog, KTRRecordFixtureTest, ::testing::ValuesIn(recordTypes()), testName);
+
+// What the published schemas define and use, read from their text: each named type as
+// "{namespace}name", the classes its appinfo names, the type it derives from, and every type an
+// element or a list refers to.
+struct SchemaIndex {
+  std::map<std::string, std::vector<std::string>> classesOfType;
+  std::map<std::string, std::string> baseOf;
+  std::set<std::string> referenced;
+
+  // The types in use: those that describe a record or that something refers to, the types
+  // they derive from, and every type that derives from one in use (through xsi:type it may
+  // stand wherever its base does).
+  std::set<std::string> used() const {
+    std::set<std::string> found = referenced;
+    for (const auto& [type, classes] : classesOfType)
+      if (!classes.empty()) found.insert(type);
+    for (std::size_t before = 0; before != found.size();) {
+      before = found.size();
+      for (const auto& [type, base] : baseOf)
+        if (found.count(type) != 0 || found.count(base) != 0) found.insert({type, base});
+    }
+    return found;
+  }
+
+  void add(const MBQ::MBQSchemaFile& file) {
+    xmlDocPtr doc = xmlReadMemory(file.text.data(), static_cast<int>(file.text.size()), file.name.c_str(), nullptr,
+                                  XML_PARSE_NONET);
+    ASSERT_NE(nullptr, doc) << file.name;
+    xmlNodePtr root = xmlDocGetRootElement(doc);
+    const std::string tns = property(root, "targetNamespace");
+    for (xmlNodePtr child = root->children; child != nullptr; child = child->next)
+      if (is(child, "complexType") || is(child, "simpleType")) classesOfType["{" + tns + "}" + property(child, "name")];
+    walk(doc, root, tns, nullptr);
+    xmlFreeDoc(doc);
+  }
+
+ private:
+  static bool is(xmlNodePtr node, const char* name) {
+    return node->type == XML_ELEMENT_NODE && xmlStrEqual(node->name, BAD_CAST name);
+  }
+  static std::string property(xmlNodePtr node, const char* name) {
+    xmlChar* value = xmlGetProp(node, BAD_CAST name);
+    std::string out = value != nullptr ? reinterpret_cast<const char*>(value) : "";
+    xmlFree(value);
+    return out;
+  }
+  static std::vector<std::string> resolved(xmlDocPtr doc, xmlNodePtr node, const std::string& qnames) {
+    std::vector<std::string> names;
+    std::istringstream words(qnames);
+    for (std::string qname; words >> qname;) {
+      const auto colon = qname.find(':');
+      const std::string prefix = colon == std::string::npos ? "" : qname.substr(0, colon);
+      xmlNsPtr ns = xmlSearchNs(doc, node, prefix.empty() ? nullptr : BAD_CAST prefix.c_str());
+      names.push_back("{" + std::string(ns != nullptr ? reinterpret_cast<const char*>(ns->href) : "") + "}" +
+                      qname.substr(colon == std::string::npos ? 0 : colon + 1));
+    }
+    return names;
+  }
+  void walk(xmlDocPtr doc, xmlNodePtr node, const std::string& tns, const std::string* type) {
+    for (xmlNodePtr child = node->children; child != nullptr; child = child->next) {
+      if (child->type != XML_ELEMENT_NODE) continue;
+      for (const char* attribute : {"type", "memberTypes"})
+        for (const std::string& name : resolved(doc, child, property(child, attribute))) referenced.insert(name);
+      for (const std::string& name : resolved(doc, child, property(child, "base")))
+        if (type != nullptr) baseOf[*type] = name;
+      std::string named;
+      if (node->parent != nullptr && node->parent->type == XML_DOCUMENT_NODE && property(child, "name") != "")
+        named = "{" + tns + "}" + property(child, "name");
+      const std::string* owner = named.empty() ? type : &named;
+      if (is(child, "appinfo") && owner != nullptr) {
+        xmlChar* text = xmlNodeGetContent(child);
+        classesOfType[*owner].push_back(reinterpret_cast<const char*>(text));
+        xmlFree(text);
+      }
+      walk(doc, child, tns, owner);
+    }
+  }
+};
+
+TEST(KTRRecordCatalogTest, SchemasDescribeEveryRecordOnceAndDefineNothingUnused) {
+  SchemaIndex index;
+  for (const MBQ::MBQSchemaFile& file : recordSchemaFiles()) index.add(file);
+  const std::set<std::string> used = index.used();
+  std::map<std::string, std::string> typeOfClass;
+  for (const auto& [type, classes] : index.classesOfType) {
+    for (const std::string& name : classes) {
+      EXPECT_NE(nullptr, findRecordType(name)) << type << " names " << name << ", which is no record";
+      EXPECT_TRUE(typeOfClass.emplace(name, type).second) << name << " is described twice";
+    }
+    EXPECT_EQ(1u, used.count(type)) << type << " describes no record and no part of one";
+  }
+  for (const KTRRecordType& type : recordTypes())
+    EXPECT_EQ("{" + type.ns + "}" + type.publishedType, typeOfClass[type.name]) << type.name;
+}
 
 }  // namespace
 }  // namespace KTR

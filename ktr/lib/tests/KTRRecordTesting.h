@@ -10,13 +10,42 @@
 #include <string>
 #include <vector>
 
+#include "KTRFunctionality/KTRRecordCatalog.h"
 #include "MBQCore/MBQError.h"
 #include "MBQFunctionalityCore/MBQVocMap.h"
+#include "MBQMessage/MBQCodec.h"
 #include "MBQMessage/MBQMessage.h"
+#include "MBQMessage/MBQTagTable.h"
 #include "MBQTestSupport.h"
 
 namespace KTR {
 namespace testing {
+
+// `text`, a message whose root is a record of `type`, is valid against the published schemas.
+inline void expectSchemaValid(const KTRRecordType& type, const std::string& text) {
+  std::string error;
+  const MBQ::MBQSchemaSet* schemas = recordSchemas(&error);
+  ASSERT_NE(nullptr, schemas) << error;
+  std::vector<MBQ::MBQSchemaProblem> problems;
+  schemas->validate(text, type.ns, type.publishedType, problems);
+  for (const MBQ::MBQSchemaProblem& problem : problems)
+    ADD_FAILURE() << type.name << " as written is not valid: line " << problem.line << ": " << problem.text << "\n"
+                  << text;
+}
+
+// A record whose writer declares a schema type, written on its own, is valid against the
+// published schemas as the catalog's record of that type.
+template <class T, class Writer>
+void expectWritesValid(const T& record, const Writer& writer) {
+  if constexpr (MBQ::codec_detail::HasSchema<Writer>::value) {
+    const char* ns = writer.getStrNSID();
+    if (*ns == '\0' && writer.getNSID() != 0) ns = MBQ::MBQDefaultMap::findNSID(writer.getNSID());
+    const KTRRecordType* type = findRecordTypeBySchema(std::string(ns != nullptr ? ns : "") + ":" + writer.getStrTypeID());
+    MBQ::MBQMessage message("r");
+    if (type == nullptr || message.iterator()->putObject(record, writer) != 0) return;
+    expectSchemaValid(*type, message.toString(true));
+  }
+}
 
 class RecordTest : public ::testing::Test {
  protected:
@@ -30,10 +59,12 @@ class RecordTest : public ::testing::Test {
     auto it = message.iterator();
     EXPECT_EQ(0, it->addChildAndDescend("r"));
     const int result = it->putObject(record, writer);
-    if (rc != nullptr)
+    if (rc != nullptr) {
       *rc = result;
-    else
+    } else {
       EXPECT_EQ(0, result);
+      expectWritesValid(record, writer);
+    }
     return message.toString();
   }
   // A cursor on "r" of the parsed text; the message lives as long as the fixture.

@@ -10,6 +10,7 @@
 #include "KTRFunctionality/KTRMigrator.h"
 #include "KTRFunctionality/KTRNetworkM.h"
 #include "KTRFunctionality/KTRPkgM.h"
+#include "KTRFunctionality/KTRSchemaIndexInternal.h"
 #include "KTRFunctionality/KTRSupport.h"
 #include "KTRFunctionality/KTRTEM.h"
 #include "KTRFunctionality/KTRUp2date.h"
@@ -52,17 +53,20 @@ int roundTripDerived(const MBQMessageIterator& element, MBQMessage& out, int& re
 
 // An entry for T with its own reader and writer; the schema and namespace come from the
 // writer when it declares them.
+// `published` names the record's type in the published schemas when its writer declares none.
 template <class T, class Reader = typename T::Reader, class Writer = typename T::Writer>
-KTRRecordType record(const char* name, const char* familyNamespace) {
+KTRRecordType record(const char* name, const char* familyNamespace, const char* published = "") {
   KTRRecordType type;
   type.name = name;
   type.ns = familyNamespace;
+  type.publishedType = published;
   if constexpr (MBQ::codec_detail::HasSchema<Writer>::value) {
     const Writer writer;
     type.schema = writer.getStrTypeID();
     const char* ns = writer.getStrNSID();
     if (*ns == '\0' && writer.getNSID() != 0) ns = MBQ::MBQDefaultMap::findNSID(writer.getNSID());
     if (ns != nullptr) type.ns = ns;
+    type.publishedType = type.schema;
   }
   type.roundTrip = &roundTripAs<T, Reader, Writer>;
   if constexpr (MBQ::layout_detail::HasLayout<T>::value)
@@ -91,9 +95,9 @@ std::vector<KTRRecordType> buildCatalog() {
       derived<KTRVtInfo, MBQ::MBQVtInfo>("KTRVtInfo", types),
       derived<KTRVtSettings, MBQ::MBQVtSettings>("KTRVtSettings", types),
       record<KTRRedirectService>("KTRRedirectService", types),
-      record<KTRConnectionLinkInfo>("KTRConnectionLinkInfo", types),
-      record<KTRVPSType>("KTRVPSType", types),
-      record<KTREnvCapability>("KTREnvCapability", types),
+      record<KTRConnectionLinkInfo>("KTRConnectionLinkInfo", types, "connection_link_infoType"),
+      record<KTRVPSType>("KTRVPSType", types, "vps_typeType"),
+      record<KTREnvCapability>("KTREnvCapability", types, "capabilityType"),
       // Disks and virtual Ethernet.
       derived<Disk::List::HqFS, Disk::List::Base>("HardDisk::List::HqFS", types),
       derived<Disk::List::Images<Disk::Dromo>, Disk::List::Base>("HardDisk::List::Images<HardDisk::Dromo>", types),
@@ -104,25 +108,25 @@ std::vector<KTRRecordType> buildCatalog() {
       record<Disk::Loopback>("HardDisk::Loopback", types),
       derived<KTRNetVEth, MBQ::MBQNetDevice>("KTRNetVEth", types),
       // Packages and templates.
-      record<KTRTemplate>("KTRTemplate", types),
-      record<KTRPackage>("KTRPackage", types),
-      record<KTRPackageVersion>("KTRPackageVersion", types),
-      record<KTRPackageInfo>("KTRPackageInfo", types),
-      record<KTRDistribution>("KTRDistribution", types),
-      record<KTRTemplateConfigInfo>("KTRTemplateConfigInfo", types),
+      record<KTRTemplate>("KTRTemplate", types, "templateType"),
+      record<KTRPackage>("KTRPackage", types, "packageType"),
+      record<KTRPackageVersion>("KTRPackageVersion", types, "package_versionType"),
+      record<KTRPackageInfo>("KTRPackageInfo", types, "package_infoType"),
+      record<KTRDistribution>("KTRDistribution", types, "distributionType"),
+      record<KTRTemplateConfigInfo>("KTRTemplateConfigInfo", types, "template_config_infoType"),
       derived<KTRPackageHQTemplate, MBQ::MBQPackage>("KTRPackageHQTemplate", types),
       derived<KTRPackageHQTemplateStd, MBQ::MBQPackage>("KTRPackageHQTemplateStd", types),
       // Update service.
-      record<KTRUpdateConfig>("KTRUpdateConfig", update),
-      record<KTRUpdateConnectionSettings>("KTRUpdateConnectionSettings", update),
-      record<KTRUpdateConnection>("KTRUpdateConnection", update),
-      record<KTRUpdateProxySettings>("KTRUpdateProxySettings", update),
-      record<KTRUpdateInstallSource>("KTRUpdateInstallSource", update),
-      record<KTRUpdateProduct>("KTRUpdateProduct", update),
-      record<KTRUpdateServiceSettings>("KTRUpdateServiceSettings", update),
-      record<Update::Yum::Repository>("Update::Yum::Repository", update),
-      record<Update::Yum::Config>("Update::Yum::Config", update),
-      record<KTRUpdateList>("KTRUpdateList", update),
+      record<KTRUpdateConfig>("KTRUpdateConfig", update, "update_configType"),
+      record<KTRUpdateConnectionSettings>("KTRUpdateConnectionSettings", update, "connection_settingsType"),
+      record<KTRUpdateConnection>("KTRUpdateConnection", update, "connectionType"),
+      record<KTRUpdateProxySettings>("KTRUpdateProxySettings", update, "proxy_settingsType"),
+      record<KTRUpdateInstallSource>("KTRUpdateInstallSource", update, "install_sourceType"),
+      record<KTRUpdateProduct>("KTRUpdateProduct", update, "productType"),
+      record<KTRUpdateServiceSettings>("KTRUpdateServiceSettings", update, "service_settingsType"),
+      record<Update::Yum::Repository>("Update::Yum::Repository", update, "yum_repositoryType"),
+      record<Update::Yum::Config>("Update::Yum::Config", update, "yum_configType"),
+      record<KTRUpdateList>("KTRUpdateList", update, "update_listType"),
       derived<KTRUpdate, KTRUpdate>("KTRUpdate", update),
       derived<KTRSystemUpdate, KTRUpdate>("KTRSystemUpdate", update),
       derived<KTRWindowsSystemUpdate, KTRUpdate>("KTRWindowsSystemUpdate", update),
@@ -132,30 +136,30 @@ std::vector<KTRRecordType> buildCatalog() {
       derived<KTROsTemplateUpdate, KTRUpdate>("KTROsTemplateUpdate", update),
       derived<KTREzTemplateUpdate, KTRUpdate>("KTREzTemplateUpdate", update),
       // Network shaping.
-      record<KTRNetConfiguration>("KTRNetConfiguration", types),
-      record<KTRNetworkShapingIPRange>("KTRNetworkShapingIPRange", types),
-      record<KTRNetworkShapingClass>("KTRNetworkShapingClass", types),
-      record<KTRNetworkInterfaceShaping>("KTRNetworkInterfaceShaping", types),
+      record<KTRNetConfiguration>("KTRNetConfiguration", types, "net_configurationType"),
+      record<KTRNetworkShapingIPRange>("KTRNetworkShapingIPRange", types, "shaping_ip_rangeType"),
+      record<KTRNetworkShapingClass>("KTRNetworkShapingClass", types, "shaping_classType"),
+      record<KTRNetworkInterfaceShaping>("KTRNetworkInterfaceShaping", types, "interface_shapingType"),
       // Migration.
       derived<KTRMigratorCloneOptions, MBQ::MBQMigratorCloneOptions>("KTRMigratorCloneOptions", relocator),
       derived<KTRCalculateHWNodeNotes, MBQ::MBQCalculateHWNodeNotes>("KTRCalculateHWNodeNotes", relocator),
-      record<KTRExcludePath>("KTRExcludePath", relocator),
-      record<KTRCalculateHWNodeWarning>("KTRCalculateHWNodeWarning", relocator),
+      record<KTRExcludePath>("KTRExcludePath", relocator, "exclude_pathType"),
+      record<KTRCalculateHWNodeWarning>("KTRCalculateHWNodeWarning", relocator, "hw_node_warningType"),
       // Container manager.
-      record<KTRUpgradeOptions>("KTRUpgradeOptions", types),
+      record<KTRUpgradeOptions>("KTRUpgradeOptions", types, "upgrade_optionsType"),
       derived<KTRLogOptions, MBQ::MBQLogOptions>("KTRLogOptions", types),
       derived<KTRNativeConfig, MBQ::MBQNativeConfig>("KTRNativeConfig", types),
-      record<KTRUGIDQuotaLimit::QuotaLimit>("KTRUGIDQuotaLimit::QuotaLimit", types),
-      record<KTRUGIDQuotaLimit>("KTRUGIDQuotaLimit", types),
-      record<KTRUGIDQuotaGracePeriod>("KTRUGIDQuotaGracePeriod", types),
-      record<KTRUGIDQuotaInfo>("KTRUGIDQuotaInfo", types),
-      record<KTRScript>("KTRScript", types),
+      record<KTRUGIDQuotaLimit::QuotaLimit>("KTRUGIDQuotaLimit::QuotaLimit", types, "quota_limitType"),
+      record<KTRUGIDQuotaLimit>("KTRUGIDQuotaLimit", types, "ugid_quota_limitType"),
+      record<KTRUGIDQuotaGracePeriod>("KTRUGIDQuotaGracePeriod", types, "ugid_quota_grace_periodType"),
+      record<KTRUGIDQuotaInfo>("KTRUGIDQuotaInfo", types, "ugid_quota_infoType"),
+      record<KTRScript>("KTRScript", types, "scriptType"),
       // Statistics and support.
-      record<KTRQuotaInfo>("KTRQuotaInfo", types),
-      record<KTRQuotaStats>("KTRQuotaStats", types),
-      record<KTRUbc>("KTRUbc", types),
-      record<KTRVeCPULoad>("KTRVeCPULoad", types),
-      record<KTRProblemReportData>("KTRProblemReportData", types),
+      record<KTRQuotaInfo>("KTRQuotaInfo", types, "quota_infoType"),
+      record<KTRQuotaStats>("KTRQuotaStats", types, "quota_statsType"),
+      record<KTRUbc>("KTRUbc", types, "ubcType"),
+      record<KTRVeCPULoad>("KTRVeCPULoad", types, "ve_cpu_loadType"),
+      record<KTRProblemReportData>("KTRProblemReportData", types, "problem_report_dataType"),
   };
 }
 
@@ -164,6 +168,28 @@ std::vector<KTRRecordType> buildCatalog() {
 std::string KTRRecordType::schemaName() const {
   if (schema.empty()) return std::string();
   return ns.empty() ? schema : ns + ":" + schema;
+}
+
+std::vector<MBQ::MBQSchemaFile> recordSchemaFiles() {
+  std::vector<MBQ::MBQSchemaFile> files;
+  for (std::size_t i = 0; i < kBuiltInSchemaCount; ++i)
+    files.push_back({kBuiltInSchemas[i].name,
+                     std::string(reinterpret_cast<const char*>(kBuiltInSchemas[i].bytes), kBuiltInSchemas[i].size)});
+  return files;
+}
+
+const MBQ::MBQSchemaSet* recordSchemas(std::string* error) {
+  struct Compiled {
+    std::unique_ptr<MBQ::MBQSchemaSet> set;
+    std::string error;
+  };
+  static const Compiled compiled = [] {
+    Compiled out;
+    out.set = MBQ::MBQSchemaSet::load(recordSchemaFiles(), out.error);
+    return out;
+  }();
+  if (compiled.set == nullptr && error != nullptr) *error = compiled.error;
+  return compiled.set.get();
 }
 
 const std::vector<KTRRecordType>& recordTypes() {

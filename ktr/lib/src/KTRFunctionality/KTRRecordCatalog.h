@@ -5,6 +5,7 @@
 
 #include "KTRFunctionality/KTRExport.h"
 #include "MBQMessage/MBQMessage.h"
+#include "MBQMessage/MBQSchemaSet.h"
 
 // Every record this library reads from and writes to the agent's messages, by class name, for
 // tools that check messages by hand and for fuzzing. Reading a record here never needs more
@@ -28,6 +29,9 @@ struct KTR_EXPORT KTRRecordType {
   // The writer's namespace URI; for a record without a schema type, the namespace of the
   // service family the record belongs to.
   std::string ns;
+  // The type that describes the record in the published schemas, in `ns`: `schema` when the
+  // writer declares one, otherwise a name of its own.
+  std::string publishedType;
 
   // Reads `element` into a fresh record of this class with the class's reader and, when that
   // succeeds, writes the record into `out`, which becomes a new message whose root is named
@@ -59,5 +63,11 @@ KTR_EXPORT const KTRRecordType* findRecordType(const std::string& name);
 // or nullptr. Registered records win over unregistered ones that share the type name (a
 // single disk and the disk list holding it, for example).
 KTR_EXPORT const KTRRecordType* findRecordTypeBySchema(const std::string& schemaName);
+
+// The published schemas (share/KTRFunctionality/schema), as compiled into the library.
+KTR_EXPORT std::vector<MBQ::MBQSchemaFile> recordSchemaFiles();
+// Those schemas compiled, once per process; nullptr, with the reason in `error` when given,
+// if they do not compile.
+KTR_EXPORT const MBQ::MBQSchemaSet* recordSchemas(std::string* error = nullptr);
 
 }  // namespace KTR

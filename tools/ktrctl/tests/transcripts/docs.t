@@ -4,7 +4,7 @@
 $ ktrctl --help | sed -n 's/^  \([a-z][a-z ]*[a-z]\|--[a-z-]*\)\( [A-Z[]\|  \).*/\1/p' > help.names
 $ sed -n '/^\.SH COMMANDS/,/^\.SH EXIT/{s/\\-/-/g;s/^\\fB\([^\\]*\)\\fR.*/\1/p;}' "$KTRCTL_DOCS/ktrctl.1" > manual.names
 $ cmp help.names manual.names && wc -l < help.names
-24
+25
 
 $ bash -c 'source "$KTRCTL_DOCS/ktrctl.bash-completion"
 > COMP_WORDS=(ktrctl raw ""); COMP_CWORD=2; _ktrctl; echo "${COMPREPLY[*]}"

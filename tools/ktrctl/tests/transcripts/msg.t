@@ -70,4 +70,28 @@ ktrctl: absent.xml: cannot open
 ktrctl: msg read needs a FILE
 ktrctl: msg read: --as needs a CLASS
 ktrctl: msg: unknown subcommand or arguments (see ktrctl --help)
-ktrctl: msg needs types, tags or read (see ktrctl --help)
+ktrctl: msg needs types, tags, read or validate (see ktrctl --help)
+
+# msg validate checks messages against the published schemas: silent for a valid one (a line
+# each with --verbose), a FILE:LINE line per problem (exit 1). The reader takes elements by
+# name in any namespace; the schemas say which namespace each is in.
+$ ktrctl msg validate --verbose --as KTRUbc again.xml ubc.xml
+again.xml: valid
+ubc.xml: valid
+
+$ printf '<ubc>\n  <name>kernelmem</name>\n  <usage>-x</usage>\n  <extra/>\n</ubc>\n' > bad.xml && ktrctl msg validate --as KTRUbc ubc.xml bad.xml u.xml future.xml
+bad.xml:3: Element 'usage': '-x' is not a valid value of the atomic type 'xs:long'.
+bad.xml:4: Element 'extra': This element is not expected.
+u.xml:1: Element 'name': This element is not expected. Expected is one of ( u:name, u:key, u:detail, u:size, u:update_flag, u:release, u:installed_version, u:update_param, u:app_template ).
+future.xml:1: Element 'update', attribute 'xsi:type': The QName value 'u:future_updateType' of the xsi:type attribute does not resolve to a type definition.
+future.xml:1: Element 'name': This element is not expected. Expected is one of ( u:name, u:key, u:detail, u:size, u:update_flag, u:release, u:installed_version, u:update_param ).
+(exit 1)
+
+# A message that cannot be checked, or schemas that do not load, are errors.
+$ ktrctl msg validate ubc.xml
+ktrctl: ubc.xml: the root element declares no schema type; name the class with --as
+(exit 2)
+
+$ mkdir schemas && echo '<xs:schema xmlns:xs="http://www.w3.org/2001/XMLSchema" targetNamespace="urn:x"><xs:include schemaLocation="y.xsd"/></xs:schema>' > schemas/x.xsd && ktrctl msg validate --schemas schemas again.xml
+ktrctl: schemas: schemas/y.xsd: not a document of this schema set
+(exit 2)
