@@ -7,6 +7,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -113,5 +114,53 @@ inline MBQMessage parsed(const std::string& text) {
 
 // The message read anew from its own text, so that checks go through XML.
 inline MBQMessage reparsed(const MBQMessage& message) { return parsed(message.toString()); }
+
+// The rows of section [name] of cases/<unit>.txt beside the test source `source` (__FILE__).
+// A row is fields apart by blanks: bare words, or "quoted" with the escapes \" \\ \t \n \r \0
+// \xHH. Lines that start with # are comments.
+inline std::vector<std::vector<std::string>> caseRows(const std::string& source, const std::string& name) {
+  const std::string dir = source.substr(0, source.rfind('/') + 1);
+  const std::string unit = source.substr(dir.size(), source.rfind('.') - dir.size());
+  std::ifstream in(dir + "cases/" + unit + ".txt");
+  std::vector<std::vector<std::string>> rows;
+  bool inSection = false;
+  for (std::string line; std::getline(in, line);) {
+    if (line.empty() || line[0] == '#') continue;
+    if (line[0] == '[') {
+      inSection = line == "[" + name + "]";
+      continue;
+    }
+    if (!inSection) continue;
+    auto& row = rows.emplace_back();
+    for (std::size_t i = 0; i < line.size();) {
+      if (line[i] == ' ') {
+        ++i;
+      } else if (line[i] != '"') {
+        const std::size_t end = std::min(line.find(' ', i), line.size());
+        row.push_back(line.substr(i, end - i));
+        i = end;
+      } else {
+        std::string field;
+        for (++i; i < line.size() && line[i] != '"'; ++i) {
+          if (line[i] != '\\') {
+            field += line[i];
+            continue;
+          }
+          const char c = line[++i];
+          if (c == 'x') {
+            field += static_cast<char>(std::stoi(line.substr(i + 1, 2), nullptr, 16));
+            i += 2;
+          } else {
+            field += c == 't' ? '\t' : c == 'n' ? '\n' : c == 'r' ? '\r' : c == '0' ? '\0' : c;
+          }
+        }
+        row.push_back(field);
+        ++i;
+      }
+    }
+  }
+  EXPECT_FALSE(rows.empty()) << "no cases [" << name << "] for " << source;
+  return rows;
+}
 
 }  // namespace MBQ::test

@@ -12,40 +12,18 @@
 namespace MBQ {
 namespace {
 
-TEST(MBQInterfaceRateTest, ParsesAndWritesTheTextForm) {
-  struct Case {
-    const char* text;
-    MBQInterfaceRate rate;
-    const char* written;
-  };
-  const Case cases[] = {
-      {"eth0:1:8000", MBQInterfaceRate("eth0", 1, 8000), "eth0:1:8000"},
-      {"*:0:0", MBQInterfaceRate("*", 0, 0), "*:0:0"},
-      // An alias device keeps its own colon.
-      {"eth0:1:2:8000", MBQInterfaceRate("eth0:1", 2, 8000), "eth0:1:2:8000"},
-      {"eth0: 1 :+8000 ", MBQInterfaceRate("eth0", 1, 8000), "eth0:1:8000"},
-      {"venet0:-1:-5", MBQInterfaceRate("venet0", -1, -5), "venet0:-1:-5"},
-      {"br0:2147483647:9223372036854775807", MBQInterfaceRate("br0", 2147483647, 9223372036854775807LL),
-       "br0:2147483647:9223372036854775807"},
-  };
-  for (const Case& c : cases) {
-    MBQInterfaceRate read("old", 9, 9);
-    ASSERT_EQ(0, read.fromString(c.text)) << c.text;
-    EXPECT_EQ(c.rate, read) << c.text;
-    EXPECT_EQ(c.written, read.toString()) << c.text;
-  }
-}
-
-TEST(MBQInterfaceRateTest, FromStringRejectsBadTextAndKeepsTheRecord) {
-  const char* const texts[] = {
-      "", "eth0", "eth0:1", ":1:8000", "eth0::8000", "eth0:1:", "eth0:x:8000", "eth0:1:8k",
-      "eth0:1.5:8000", "eth0:2147483648:1", "eth0:-2147483649:1", "eth0:1:9223372036854775808", "::",
-  };
-  const MBQInterfaceRate kept("eth9", 3, 4);
-  for (const char* text : texts) {
-    MBQInterfaceRate rate = kept;
-    EXPECT_EQ(-1, rate.fromString(text)) << text;
-    EXPECT_EQ(kept, rate) << text;
+TEST(MBQInterfaceRateTest, TextFormIsReadAndWrittenOrRefusedKeepingTheRecord) {
+  const MBQInterfaceRate kept("old", 9, 9);
+  for (const auto& c : test::caseRows(__FILE__, "text")) {
+    MBQInterfaceRate read = kept;
+    if (c.at(1) == "refused") {
+      EXPECT_EQ(-1, read.fromString(c[0])) << c[0];
+      EXPECT_EQ(kept, read) << c[0];
+      continue;
+    }
+    ASSERT_EQ(0, read.fromString(c[0])) << c[0];
+    EXPECT_EQ(MBQInterfaceRate(c[1], std::stoi(c.at(2)), std::stoll(c.at(3))), read) << c[0];
+    EXPECT_EQ(c.at(4), read.toString()) << c[0];
   }
 }
 

@@ -14,45 +14,19 @@ namespace {
 MBQQoS withoutBarrier(const std::string& id, long long limit) { return MBQQoS(id, limit); }
 
 TEST(MBQQoSTest, TextFormHasTheBarrierOnlyWhenSpecified) {
-  struct Case {
-    MBQQoS qos;
-    const char* text;
-  };
-  const Case cases[] = {
-      {withoutBarrier("numproc", 300), "300"},
-      {MBQQoS("numproc", 100, 200), "100:200"},
-      {MBQQoS("numproc", 0, 0), "0:0"},
-      {MBQQoS("x", -1, 9223372036854775807LL), "-1:9223372036854775807"},
-      {withoutBarrier("x", -9223372036854775807LL - 1), "-9223372036854775808"},
-  };
-  struct Lenient {
-    const char* text;
-    MBQQoS qos;
-  };
-  const Lenient lenient[] = {{" 100 : 200 ", MBQQoS("a", 100, 200)}, {"+7", withoutBarrier("a", 7)}};
-  for (const Lenient& c : lenient) {
-    MBQQoS read("a", 1, 2);
-    ASSERT_EQ(0, read.fromString(c.text)) << c.text;
-    EXPECT_EQ(c.qos, read) << c.text;
-  }
-  for (const Case& c : cases) {
-    EXPECT_EQ(c.text, c.qos.toString()) << c.text;
-    MBQQoS read(c.qos.getId(), 55, 66);
-    ASSERT_EQ(0, read.fromString(c.text)) << c.text;
-    EXPECT_EQ(c.qos, read) << c.text;
-  }
-}
-
-TEST(MBQQoSTest, FromStringRejectsBadTextAndKeepsTheRecord) {
-  const char* const texts[] = {
-      "", " ", ":", "100:", ":200", "abc", "1:2:3", "42xyz", "1.5", "1 2",
-      "9223372036854775808", "1:9223372036854775808", "-9223372036854775809:1",
-  };
-  const MBQQoS kept("numproc", 100, 200);
-  for (const char* text : texts) {
-    MBQQoS qos = kept;
-    EXPECT_EQ(-1, qos.fromString(text)) << text;
-    EXPECT_EQ(kept, qos) << text;
+  const MBQQoS kept("numproc", 55, 66);
+  for (const auto& c : test::caseRows(__FILE__, "text")) {
+    MBQQoS read = kept;
+    if (c.at(1) == "refused") {
+      EXPECT_EQ(-1, read.fromString(c[0])) << c[0];
+      EXPECT_EQ(kept, read) << c[0];
+      continue;
+    }
+    const MBQQoS expected = c[1] == "-" ? withoutBarrier("numproc", std::stoll(c.at(2)))
+                                        : MBQQoS("numproc", std::stoll(c[1]), std::stoll(c.at(2)));
+    ASSERT_EQ(0, read.fromString(c[0])) << c[0];
+    EXPECT_EQ(expected, read) << c[0];
+    EXPECT_EQ(c.at(3), expected.toString()) << c[0];
   }
 }
 

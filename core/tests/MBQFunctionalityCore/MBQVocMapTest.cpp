@@ -75,82 +75,20 @@ std::string layout(const MBQVocMap& vocabulary) {
 }
 
 TEST(MBQVocMapTest, LoadsWellFormedDocuments) {
-  struct Case {
-    const char* text;
-    const char* layout;
-  };
-  const Case cases[] = {
-      {"<vocabulary/>", ""},
-      {kSample, "/common:1 quellix/qos:3 quellix/tune:1 quellix/empty:0 quellix/common:1 other/qos:1"},
-      // The same category name under two technologies, and a technology without categories.
-      {"<vocabulary><technology><name>a</name><category><name>c</name></category></technology>"
-       "<technology><name>b</name><category><name>c</name></category></technology>"
-       "<technology><name>d</name></technology></vocabulary>",
-       "a/c:0 b/c:0"},
-      // Look-ups ignore namespaces, so a document in a default namespace reads the same.
-      {"<vocabulary xmlns='urn:x'><category><name>c</name><parameter><name>p</name></parameter>"
-       "</category></vocabulary>",
-       "/c:1"},
-      // Parameters may hold anything besides their name, nested elements included.
-      {"<vocabulary><category><name>c</name><parameter><name>p</name><x><y>1</y></x>text</parameter>"
-       "<!-- comment --><parameter><name>q</name></parameter></category></vocabulary>",
-       "/c:2"},
-  };
-  for (const Case& c : cases) {
+  EXPECT_EQ("/common:1 quellix/qos:3 quellix/tune:1 quellix/empty:0 quellix/common:1 other/qos:1",
+            layout(*loaded(kSample)));
+  for (const auto& c : test::caseRows(__FILE__, "loaded")) {
     MBQVocMap vocabulary;
-    ASSERT_EQ(0, vocabulary.load(c.text)) << c.text << ": " << getErrorMessage();
-    EXPECT_EQ(c.layout, layout(vocabulary)) << c.text;
+    ASSERT_EQ(0, vocabulary.load(c.at(0))) << c[0] << ": " << getErrorMessage();
+    EXPECT_EQ(c.at(1), layout(vocabulary)) << c[0];
   }
 }
 
 TEST(MBQVocMapTest, RejectsBadDocumentsSayingWhatAndWhere) {
-  struct Case {
-    const char* text;
-    const char* message;
-  };
-  const Case cases[] = {
-      {"", "can not parse vocabulary: line "},
-      {"<vocabulary>\n  <technology>\n</vocabulary>", "can not parse vocabulary: line 3, column "},
-      {"<vocabulary><category><name>a&b</name></category></vocabulary>", "can not parse vocabulary: line 1, column "},
-      {"<vocab/>", "invalid vocabulary: document: root element is <vocab>, expected <vocabulary>"},
-      {"<vocabulary>qos</vocabulary>", "invalid vocabulary: <vocabulary>: unexpected text"},
-      {"<vocabulary><categroy/></vocabulary>", "invalid vocabulary: <vocabulary>: unexpected element <categroy>"},
-      {"<vocabulary><technology><name>a</name></technology><technology/></vocabulary>",
-       "invalid vocabulary: technology #2: no name"},
-      {"<vocabulary><technology><name>a</name><name>b</name></technology></vocabulary>",
-       "invalid vocabulary: technology #1: more than one name"},
-      {"<vocabulary><technology><name></name></technology></vocabulary>", "invalid vocabulary: technology #1: empty name"},
-      {"<vocabulary><technology><name> a</name></technology></vocabulary>",
-       "invalid vocabulary: technology #1: name ' a' contains white space"},
-      {"<vocabulary><technology><name>a</name></technology><technology><name>a</name></technology></vocabulary>",
-       "invalid vocabulary: technology 'a': technology key used twice"},
-      {"<vocabulary><technology><name>a</name>x</technology></vocabulary>",
-       "invalid vocabulary: technology 'a': unexpected text"},
-      {"<vocabulary><technology><name>a</name><parameter/></technology></vocabulary>",
-       "invalid vocabulary: technology 'a': unexpected element <parameter>"},
-      {"<vocabulary><category><name>c</name></category><category/></vocabulary>",
-       "invalid vocabulary: category #2: no name"},
-      {"<vocabulary><technology><name>a</name><category><name>c</name></category><category><name>c</name>"
-       "</category></technology></vocabulary>",
-       "invalid vocabulary: technology 'a', category 'c': category name used twice"},
-      {"<vocabulary><technology><name>a</name><category><name>FORMULAE</name></category></technology></vocabulary>",
-       "invalid vocabulary: technology 'a', category 'FORMULAE': the name is reserved: it reads the 'tune' category"},
-      {"<vocabulary><category><name>c</name>qos</category></vocabulary>",
-       "invalid vocabulary: category 'c': unexpected text"},
-      {"<vocabulary><category><name>c</name><category/></category></vocabulary>",
-       "invalid vocabulary: category 'c': unexpected element <category>"},
-      {"<vocabulary><technology><name>quellix</name><category><name>qos</name>\n"
-       "<parameter><name>a</name></parameter><parameter><value_type>2</value_type></parameter>"
-       "</category></technology></vocabulary>",
-       "invalid vocabulary: technology 'quellix', category 'qos', parameter #2: no name"},
-      {"<vocabulary><category><name>qos</name><parameter><name>numproc</name></parameter>"
-       "<parameter><name>x</name></parameter><parameter><name>NumProc</name></parameter></category></vocabulary>",
-       "invalid vocabulary: category 'qos', parameter #3: name 'NumProc' repeats the name of parameter #1"},
-  };
-  for (const Case& c : cases) {
+  for (const auto& c : test::caseRows(__FILE__, "refused")) {
     MBQVocMap vocabulary;
-    EXPECT_EQ(-1, vocabulary.load(c.text)) << c.text;
-    EXPECT_THAT(getErrorMessage(), StartsWith(c.message)) << c.text;
+    EXPECT_EQ(-1, vocabulary.load(c.at(0))) << c[0];
+    EXPECT_THAT(getErrorMessage(), StartsWith(c.at(1))) << c[0];
   }
 }
 

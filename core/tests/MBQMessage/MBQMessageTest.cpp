@@ -11,25 +11,11 @@
 namespace MBQ {
 namespace {
 
-struct BadXml {
-  const char* text;
-  const char* where;  // "line L, column C" expected at the start of the error text
-};
-
 TEST(MBQMessageTest, MalformedXmlFailsWithLineAndColumnAndKeepsOldDocument) {
-  const BadXml cases[] = {
-      {"", "line 1, column 1"},
-      {"<a>", "line 1, column 4"},
-      {"<a>\n  <b></a>", "line 2, column"},
-      {"<a x='1' x='2'/>", "line 1, column"},
-      {"<a>&undefined;</a>", "line 1, column"},
-      {"<?xml version='1.0'?>\n<a/><b/>", "line 2, column"},
-      {"<a xmlns:p='urn:x'><q:b/></a>", "line 1, column"},
-  };
-  for (const auto& bad : cases) {
+  for (const auto& bad : test::caseRows(__FILE__, "malformed")) {
     MBQMessage message("kept");
-    EXPECT_EQ(-1, message.parse(bad.text)) << bad.text;
-    EXPECT_EQ(0u, getErrorMessage().rfind(bad.where, 0)) << bad.text << " -> " << getErrorMessage();
+    EXPECT_EQ(-1, message.parse(bad.at(0))) << bad[0];
+    EXPECT_EQ(0u, getErrorMessage().rfind(bad.at(1), 0)) << bad[0] << " -> " << getErrorMessage();
     EXPECT_EQ("kept", message.iterator()->getName());
   }
 }

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "../MBQTestSupport.h"
 #include "MBQMessage/MBQNamespaces.h"
 #include "MBQMessage/MBQTags.h"
 
@@ -17,29 +18,6 @@ using MBQ::MBQDefaultMap;
 using MBQ::MBQTagEntry;
 using MBQ::tagId;
 using MBQ::tagName;
-
-// Element names that records address by string, and the core records' own element names: a
-// tag with one of these names would make the cursor find the wrong element.
-const char* const kNamesUsedByString[] = {
-    // Generic records of the core.
-    "parent_eid", "status", "state", "since", "alert", "reason", "config", "virtual_config", "vt_name", "vt_version",
-    "settings_version", "os_name", "os_version", "hostname", "description", "nameserver", "search_domain", "os",
-    "architecture", "env_type", "platform", "ifname", "gateway", "gateway6", "dhcp", "dhcp6", "mac", "device",
-    "mount_point", "fs_type",
-    // The technology's records.
-    "ctid", "netfilter", "ve_type", "wins_server", "ts_license_server", "ts_mode", "uuid", "allow_reboot",
-    "interface_rate", "origin_sample", "features", "devnodes", "disk_list", "expanded", "client_ip", "client_port",
-    "sve_eid", "lock_dir", "template_dir", "no_offline_service", "qoses", "value_type", "connection", "disabled",
-    "config_customized", "class_id", "host_routed", "standard", "product", "autoreboot", "check_period", "yum",
-    "installed_version", "app_template", "base_url", "repository", "technology", "uptodate", "net_device_id",
-    "expire", "disk_space", "diks_inodes", "update",
-    // option spellings, written as element names
-    "automatic", "auto_download", "manual", "explorer", "custom", "no_proxy", "sunday", "monday", "tuesday",
-    "wednesday", "thursday", "friday", "saturday", "hotfix", "servicepack", "version",
-    // the core records' elements
-    "id", "barrier", "limit", "interface", "class", "rate", "message", "clone_flags", "result", "log_level",
-    "cpu_user", "cpu_system", "cpu_idle",
-};
 
 std::vector<MBQTagEntry> table() {
   std::size_t count = 0;
@@ -101,7 +79,8 @@ TEST(MBQTagTableTest, TheDocumentListsTheTable) {
 }
 
 TEST(MBQTagTableTest, UnknownAndReservedNamesAndIdsAreNotFound) {
-  for (const char* name : kNamesUsedByString) EXPECT_EQ(0, tagId(name)) << name;
+  for (const auto& row : MBQ::test::caseRows(__FILE__, "used-by-string"))
+    for (const std::string& name : row) EXPECT_EQ(0, tagId(name.c_str())) << name;
   for (int id : {0, -1, 1, 1001, 1003, 1288, 2290, 2292, 99999}) EXPECT_EQ(nullptr, tagName(id)) << id;
   EXPECT_EQ(0, tagId(nullptr));
   // Look-up is exact and case-sensitive; the neighbours of a name in the sorted index miss.

@@ -1,8 +1,6 @@
 #include <gtest/gtest.h>
 
-#include <climits>
 #include <map>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -10,6 +8,7 @@
 #include "KTRFunctionality/KTREnvConfig.h"
 #include "KTRFunctionality/KTREnvConfigBashParser.h"
 #include "KTRFunctionality/KTRVEth.h"
+#include "MBQTestSupport.h"
 
 namespace KTR {
 namespace {
@@ -62,24 +61,10 @@ TEST(KTRBashParseTest, BoolConverters) {
 }
 
 TEST(KTRBashParseTest, ArchConverters) {
-  const struct {
-    std::string file;
-    std::string stored;
-    std::string writtenBack;
-  } cases[] = {
-      {"x86", "i386", "x86"},
-      {"X86", "i386", "x86"},
-      {"x86_64", "x86_64", "x86_64"},
-      {"i386", "i386", "x86"},
-      {"I386", "I386", "x86"},
-      {"ia64", "ia64", "ia64"},
-      {"", "", ""},
-      {"x86 ", "x86 ", "x86 "},
-  };
-  for (const auto& c : cases) {
-    EXPECT_EQ(c.stored, Arch::FromString()(c.file)) << c.file;
-    EXPECT_EQ(c.writtenBack, Arch::ToString()(c.stored)) << c.file;
-    EXPECT_EQ(c.writtenBack, roundTrip(ArchParser(), c.file)) << c.file;
+  for (const auto& c : MBQ::test::caseRows(__FILE__, "arch")) {
+    EXPECT_EQ(c.at(1), Arch::FromString()(c[0])) << c[0];
+    EXPECT_EQ(c.at(2), Arch::ToString()(c[1])) << c[0];
+    EXPECT_EQ(c[2], roundTrip(ArchParser(), c[0])) << c[0];
   }
   EXPECT_EQ("<none>", written(ArchParser(), KTREnvConfig()));
 }
@@ -125,33 +110,14 @@ TEST(KTRBashParseTest, NothingToWriteWithoutAValue) {
 }
 
 TEST(KTRBashParseTest, ListsSplitAtEveryDelimiterAndJoinWithTheFirst) {
-  const struct {
-    const KTRBashParse& parser;
-    std::string value;
-    std::string writtenBack;
-  } cases[] = {
-      // Splitting itself is Format::Load's (KTRHardDiskTest).
-      {NameserverParser(), "\t1.1.1.1\n2.2.2.2 ", "1.1.1.1 2.2.2.2"},
-      {NameserverParser(), "2.2.2.2 1.1.1.1 2.2.2.2", "2.2.2.2 1.1.1.1 2.2.2.2"},
-      {NameserverParser(), "10.0.0.5/24 dhcp", "10.0.0.5/24 dhcp"},
-      {NameserverParser(), "", ""},
-      {NetifParser(), ";;", ""},  // empty but specified
-      {NetifParser(),
-       "ifname=eth0,network=,mac=,nettype=bridged,dhcp=yes ; ifname=eth1,network=,mac=,nettype=bridged,dhcp=no",
-       "ifname=eth0,network=,mac=,nettype=bridged,dhcp=yes;ifname=eth1,network=,mac=,nettype=bridged,dhcp=no"},
-      // The implicit host-routed venet0 has no text and adds no separator.
-      {NetifParser(), "ifname=venet0,nettype=host-routed;ifname=eth0,network=,mac=,nettype=bridged,dhcp=no",
-       "ifname=eth0,network=,mac=,nettype=bridged,dhcp=no"},
-      {FeaturesParser(), "a:on b:off", "a:on b:off"},
-      {FeaturesParser(), "b:off a:on", "a:on b:off"},
-      {FeaturesParser(), "a:1 a:2", "a:1"},  // the first of equal keys
-      {FeaturesParser(), "bare", "bare:"},
-      {FeaturesParser(), "a:b:c", "a:b:c"},
-      {RolesParser(), "web  db web", "db web"},
-      // The record keeps no empty set of roles: an empty list reads back unspecified.
-      {RolesParser(), "", "<none>"},
-  };
-  for (const auto& c : cases) EXPECT_EQ(c.writtenBack, roundTrip(c.parser, c.value)) << "'" << c.value << "'";
+  const NameserverParser nameserver;
+  const NetifParser netif;
+  const FeaturesParser features;
+  const RolesParser roles;
+  const std::map<std::string, const KTRBashParse*> parsers = {
+      {"nameserver", &nameserver}, {"netif", &netif}, {"features", &features}, {"roles", &roles}};
+  for (const auto& c : MBQ::test::caseRows(__FILE__, "lists"))
+    EXPECT_EQ(c.at(2), roundTrip(*parsers.at(c.at(0)), c.at(1))) << c[0] << " '" << c[1] << "'";
 }
 
 TEST(KTRBashParseTest, PlatformChangesOnlyThePlatform) {
@@ -199,53 +165,22 @@ TEST(KTRBashParseTest, TechnologiesTakeTheFirstSupportedArchitecture) {
   }
 }
 
-// ---------------------------------------------------------------- resource value formats
-
 MBQ::MBQQoS qos(long long limit) { return MBQ::MBQQoS("r", limit); }
 MBQ::MBQQoS qos(long long barrier, long long limit) { return MBQ::MBQQoS("r", barrier, limit); }
 
 TEST(KTRBashParseTest, QoSValueFormats) {
-  const QoS::Declaration complexInteger{2, 1};
-  const QoS::Declaration simpleInteger{1, 1};
-  const QoS::Declaration percent{1, 0};
-  const struct {
-    QoS::Declaration declaration;
-    std::string text;
-    MBQ::MBQQoS read;
-    std::string writtenBack;
-  } cases[] = {
-      {complexInteger, "100:200", qos(100, 200), "100:200"},
-      {complexInteger, "300", qos(300), "300"},
-      {complexInteger, " 5 : 7", qos(5, 7), "5:7"},
-      {complexInteger, ":5", qos(0, 5), "0:5"},
-      {complexInteger, "abc:def", qos(0, 0), "0:0"},
-      {complexInteger, "1:2:3", qos(1, 2), "1:2"},
-      {complexInteger, "-1:9223372036854775807", qos(-1, LLONG_MAX), "-1:9223372036854775807"},
-      {complexInteger, "99999999999999999999:-99999999999999999999", qos(LLONG_MAX, LLONG_MIN),
-       "9223372036854775807:-9223372036854775808"},
-      {simpleInteger, "42xyz", qos(42), "42"},
-      {simpleInteger, "4:5", qos(4), "4"},
-      {simpleInteger, "", qos(0), "0"},
-      {simpleInteger, "+7", qos(7), "7"},
-      {percent, "12.5", qos(1250), "12.5"},
-      {percent, "100", qos(10000), "100"},
-      {percent, "abc", qos(0), "0"},
-      {percent, "-1.5", qos(-150), "-1.5"},
-      // Single precision: 0.29 is 0.28999999 as a float, and the product is truncated.
-      {percent, "0.29", qos(28), "0.28"},
-      {percent, "0.07", qos(7), "0.07"},
-      {percent, "12.5%", qos(1250), "12.5"},
-      {percent, "1e50", qos(LLONG_MAX), "92233720368547760"},
-      {percent, "-1e50", qos(LLONG_MIN), "-92233720368547760"},
-      {percent, "nan", qos(0), "0"},
-  };
-  for (const auto& c : cases) {
+  for (const auto& c : MBQ::test::caseRows(__FILE__, "qos")) {
+    const QoS::Declaration declaration{std::stoi(c.at(0)), std::stoi(c[0].substr(2))};
+    const auto colon = c.at(2).find(':');
+    const MBQ::MBQQoS expected = colon == std::string::npos
+                                     ? qos(std::stoll(c[2]))
+                                     : qos(std::stoll(c[2].substr(0, colon)), std::stoll(c[2].substr(colon + 1)));
     MBQ::MBQQoS read("r");
-    ASSERT_EQ(0, QoS::readValue(c.declaration, c.text, read)) << c.text;
-    EXPECT_EQ(c.read, read) << c.text << " read " << read.toString();
+    ASSERT_EQ(0, QoS::readValue(declaration, c.at(1), read)) << c[1];
+    EXPECT_EQ(expected, read) << c[1] << " read " << read.toString();
     std::string text = "stale";
-    ASSERT_EQ(0, QoS::writeValue(c.declaration, read, text)) << c.text;
-    EXPECT_EQ(c.writtenBack, text) << c.text;
+    ASSERT_EQ(0, QoS::writeValue(declaration, read, text)) << c[1];
+    EXPECT_EQ(c.at(3), text) << c[1];
   }
 }
 

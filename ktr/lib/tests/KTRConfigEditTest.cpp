@@ -7,6 +7,7 @@
 #include "KTRFunctionality/KTRBashParser.h"
 #include "KTRFunctionality/KTRConfigEdit.h"
 #include "MBQCore/MBQError.h"
+#include "MBQTestSupport.h"
 
 namespace KTR {
 namespace {
@@ -23,59 +24,21 @@ std::vector<std::string> linesOf(const std::string& text) {
   return lines;
 }
 
-TEST(KTRConfigEditTest, RewritesOnlyTheNamedKeysLines) {
-  const struct {
-    const char* name;
-    const char* old;
+TEST(KTRConfigEditTest, RewritesOnlyTheNamedKeysLinesOrRefuses) {
+  for (const auto& c : MBQ::test::caseRows(__FILE__, "edits")) {
+    const std::string& expected = c.at(2);
     std::vector<KTRNamedValue> changes;
-    KTRAppendedKeys appended;
-    const char* expected;
-  } cases[] = {
-      {"in place, quotes and comment kept around it", "# c\nA='x'  # note\nB=2\n", {{"a", "y"}},
-       KTRAppendedKeys::kUpperCase, "# c\nA=\"y\"  # note\nB=2\n"},
-      {"appended upper case", "B=2\n", {{"new", "v"}}, KTRAppendedKeys::kUpperCase, "B=2\nNEW=\"v\"\n"},
-      {"appended as given", "B=2\n", {{"new", "v"}}, KTRAppendedKeys::kAsGiven, "B=2\nnew=\"v\"\n"},
-      {"escapes what bash would expand", "", {{"A", "$x `y` \"z\" \\w"}}, KTRAppendedKeys::kAsGiven,
-       "A=\"\\$x \\`y\\` \\\"z\\\" \\\\w\"\n"},
-      {"the container-id placeholder stays", "", {{"R", "/r/$VEID $VEIDX"}}, KTRAppendedKeys::kAsGiven,
-       "R=\"/r/$VEID \\$VEIDX\"\n"},
-      {"no final newline kept", "A=1\nB=2", {{"A", "3"}}, KTRAppendedKeys::kAsGiven, "A=\"3\"\nB=2"},
-      {"no final newline, key appended", "A=1", {{"B", "2"}}, KTRAppendedKeys::kAsGiven, "A=1\nB=\"2\"\n"},
-      {"empty value clears", "A=1\n", {{"A", ""}}, KTRAppendedKeys::kAsGiven, "A=\"\"\n"},
-  };
-  for (const auto& c : cases) {
+    for (std::size_t i = 3; i + 1 < c.size(); i += 2) changes.push_back({c[i], c[i + 1]});
+    const auto appended = c.at(0) == "upper" ? KTRAppendedKeys::kUpperCase : KTRAppendedKeys::kAsGiven;
+    const bool refused = expected.rfind("refused:", 0) == 0;
     std::string text = "unchanged";
-    ASSERT_EQ(0, setAssignments(c.old, c.changes, c.appended, text)) << c.name << ": " << MBQ::getErrorMessage();
-    EXPECT_EQ(c.expected, text) << c.name;
-  }
-}
-
-TEST(KTRConfigEditTest, RefusesWhatItCannotWriteSafely) {
-  const struct {
-    const char* name;
-    const char* old;
-    std::vector<KTRNamedValue> changes;
-    KTRAppendedKeys appended;
-    const char* message;
-  } cases[] = {
-      {"not a name", "", {{"A B", "1"}}, KTRAppendedKeys::kAsGiven, "is not a key name"},
-      {"command in name", "", {{"x;touch y;z", "1"}}, KTRAppendedKeys::kAsGiven, "is not a key name"},
-      {"given twice", "", {{"A", "1"}, {"a", "2"}}, KTRAppendedKeys::kUpperCase, "given twice"},
-      {"newline", "", {{"A", "1\n2"}}, KTRAppendedKeys::kAsGiven, "line break or NUL"},
-      {"NUL", "", {{"A", std::string("1\0", 2)}}, KTRAppendedKeys::kAsGiven, "line break or NUL"},
-      {"DOS line ends", "A=1\r\n", {{"B", "1"}}, KTRAppendedKeys::kAsGiven, "line 1 ends in a carriage return"},
-      {"open quote", "B=1\nA=\"x\n", {{"B", "1"}}, KTRAppendedKeys::kAsGiven, "line 2: the value is not closed"},
-      {"assigned by a command", "A=$(date)\n", {{"A", "1"}}, KTRAppendedKeys::kAsGiven, "line 1 assigns A"},
-      {"assigned by export", "export A=1\n", {{"A", "1"}}, KTRAppendedKeys::kAsGiven, "line 1 assigns A"},
-      {"assigned by declare", "B=1\n  local -r  A=1\n", {{"A", "1"}}, KTRAppendedKeys::kAsGiven, "line 2 assigns A"},
-      {"appended to", "A=1\nA+=2\n", {{"A", "1"}}, KTRAppendedKeys::kAsGiven, "line 2 assigns A"},
-      {"other spelling", "Path=1\n", {{"PATH", "2"}}, KTRAppendedKeys::kAsGiven, "line 1 spells PATH as Path"},
-  };
-  for (const auto& c : cases) {
-    std::string text = "unchanged";
-    EXPECT_EQ(-1, setAssignments(c.old, c.changes, c.appended, text)) << c.name;
-    EXPECT_EQ("unchanged", text) << c.name;
-    EXPECT_NE(std::string::npos, MBQ::getErrorMessage().find(c.message)) << c.name << ": " << MBQ::getErrorMessage();
+    ASSERT_EQ(refused ? -1 : 0, setAssignments(c.at(1), changes, appended, text)) << expected << MBQ::getErrorMessage();
+    if (!refused) {
+      EXPECT_EQ(expected, text);
+    } else {
+      EXPECT_EQ("unchanged", text) << expected;
+      EXPECT_NE(std::string::npos, MBQ::getErrorMessage().find(expected.substr(8))) << MBQ::getErrorMessage();
+    }
   }
 }
 

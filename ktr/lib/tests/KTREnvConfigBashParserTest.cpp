@@ -97,8 +97,6 @@ MBQOptionalProperty<Addresses> addressesOf(const KTREnvConfig& config) {
   return addresses;
 }
 
-// ---------------------------------------------------------------- instance and tables
-
 // Each entry's value format shows in the put and get codes below.
 TEST_F(KTREnvConfigBashParserTest, ResourceMapComesFromTheVocabulary) {
   Keys entries;
@@ -126,8 +124,6 @@ TEST(KTREnvConfigBashParserInstanceTest, FailsWithoutResourceCategory) {
     EXPECT_NE(std::string::npos, line.find("can't initQoSMap : can't read qos category from vocabulary")) << line;
   }
 }
-
-// ---------------------------------------------------------------- put, get, getNext
 
 TEST_F(KTREnvConfigBashParserTest, PutCodes) {
   KTREnvConfig config;
@@ -181,8 +177,6 @@ TEST_F(KTREnvConfigBashParserTest, GetNextGivesTheFirstResourceThenFixedKeysThen
   EXPECT_TRUE(allKeys(KTREnvConfigBashParser::ParameterParserGet(config, noResources)).empty());
 }
 
-// ---------------------------------------------------------------- reading
-
 // What the table adds to its parsers: TECHNOLOGIES and ARCH sharing one property, the later
 // line winning; DISK through its own parser.
 TEST_F(KTREnvConfigBashParserTest, ArchitectureComesFromTheLaterOfTechnologiesAndArch) {
@@ -220,8 +214,6 @@ TEST_F(KTREnvConfigBashParserTest, AReadStoppedByAnOpenValueLeavesTheRecordUnfin
   config.getType(type);
   EXPECT_FALSE(type.isSpecified());
 }
-
-// ---------------------------------------------------------------- end to end
 
 // A file of the usual kind, read and written back with the built-in vocabulary: only values
 // change, and only in their form; a second round changes nothing more. (Which lines merging
@@ -274,8 +266,6 @@ TEST_F(KTREnvConfigBashParserTest, HostRoutedInterfaceDecidesTheWrittenAddresses
       << "putConfig works on a copy";
 }
 
-// ---------------------------------------------------------------- venet0 and addresses
-
 TEST(KTREnvConfigBashParserVenetTest, CreateFakeVENet0Device) {
   KTREnvConfig noSubtree;
   MBQ::setErrorMessage("previous");
@@ -325,8 +315,6 @@ TEST(KTREnvConfigBashParserVenetTest, UpdateIp) {
   EXPECT_EQ(0, KTREnvConfigBashParser::updateIp(noSubtree));
   EXPECT_FALSE(noSubtree.hasMsg());
 }
-
-// ---------------------------------------------------------------- differences
 
 TEST_F(KTREnvConfigBashParserTest, DiffConfigReportsChangedKeysInKeyOrder) {
   const std::string text = "ONBOOT=yes\nHOSTNAME=ct\nNUMPROC=1:2\nCPULIMIT=50\nIP_ADDRESS=10.0.0.1\n";

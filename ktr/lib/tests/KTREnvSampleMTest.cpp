@@ -162,7 +162,7 @@ TEST(KTREnvSampleMDeathTest, ANullOutputAborts) {
                "assertion failed at ktr/lib/src/KTRFunctionality/KTREnvSampleM:.*validateQoSes");
 }
 
-// ---------------------------------------------------------------- the record (not in the catalog)
+// The record itself, which is not in the catalog.
 
 class KTRQoSValidationTest : public testing::RecordTest {};
 

@@ -38,8 +38,6 @@ std::uint64_t uuidKey() {
 
 using testing::LogCapture;
 
-// ---------------------------------------------------------------- title and sort key
-
 TEST(KTREnvTest, TitleTakesTheFirstRuleThatGivesAValue) {
   struct Side {
     const char* name = nullptr;
@@ -112,45 +110,18 @@ TEST(KTREnvTest, SortKeyIsTheContainerIdsKeyAndWithoutIdLogsAndSortsAsZero) {
   }
 }
 
-// ---------------------------------------------------------------- container ids
-
 TEST(KTREnvTest, CtidWrapperKeepsTextAndNumber) {
-  struct Case {
-    std::string input;
-    const char* text;
-    unsigned id;
-    bool numeric;
-    std::uint64_t sortKey;
-  };
-  const std::string forty(40, '7');
-  const std::string thirtySeven(37, '7');
-  const Case cases[] = {
-      {"101", "101", 101, true, 101},
-      {" \t+7", " \t+7", 7, true, 7},  // leading blanks and a sign, as strtoul reads them
-      {"\t7", "\t7", 7, true, 7},
-      {"0", "0", 0, true, 0},
-      {"", "", 0, true, 0},
-      {"abc", "abc", 0, true, 0},
-      {"4294967295", "4294967295", 4294967295u, true, 4294967295u},
-      {"4294967296", "4294967296", 0, true, 0},
-      {kUuid, kUuid, 0, false, uuidKey()},
-      {"a-b", "a-b", 0, false, 0},
-      {forty, thirtySeven.c_str(), 0, true, 0},
-  };
-  for (const Case& c : cases) {
-    const CtidWrapper ctid(c.input);
-    EXPECT_STREQ(c.text, ctid.toString()) << c.input;
-    EXPECT_EQ(c.id, ctid.getId()) << c.input;
-    EXPECT_EQ(c.numeric, ctid.hasNumericId()) << c.input;
-    EXPECT_EQ(c.sortKey, ctid.getSortKey()) << c.input;
+  for (const auto& c : MBQ::test::caseRows(__FILE__, "ctid")) {
+    const CtidWrapper ctid(c.at(0));
+    EXPECT_EQ(c.at(1), ctid.toString()) << c[0];
+    EXPECT_EQ(std::stoul(c.at(2)), ctid.getId()) << c[0];
+    EXPECT_EQ(c.at(3) == "numeric", ctid.hasNumericId()) << c[0];
+    EXPECT_EQ(c.at(4) == "uuid" ? uuidKey() : std::stoull(c[4]), ctid.getSortKey()) << c[0];
   }
-  EXPECT_EQ(37u, std::strlen(CtidWrapper(forty).toString()));
   EXPECT_STREQ("0", CtidWrapper(0u).toString());
   EXPECT_TRUE(CtidWrapper(0u).hasNumericId());
   EXPECT_EQ(0u, CtidWrapper(0u).getSortKey());
 }
-
-// ---------------------------------------------------------------- file times
 
 class KTRPathModTimeTest : public ::testing::Test {
  protected:
@@ -228,8 +199,6 @@ TEST_F(KTRPathModTimeTest, ModifyTouchesExistingFilesOnly) {
   EXPECT_NE(0, ::access(missing_.c_str(), F_OK)) << "modify must not create the file";
   EXPECT_EQ(-1, KTRPathModTime::modify(dir_.path().c_str())) << "a directory cannot be opened for writing";
 }
-
-// ---------------------------------------------------------------- records built from others
 
 std::shared_ptr<KTREnvConfig> configWithCtid(const char* ctid) {
   auto config = std::make_shared<KTREnvConfig>();
@@ -316,8 +285,6 @@ TEST(KTREnvTest, MatchVeidAndParent) {
   EXPECT_FALSE(MatchVeidParent(MBQ::MBQEID("other"), CtidWrapper(101u))(withId));
   EXPECT_FALSE(MatchVeidParent(MBQ::MBQEID(), CtidWrapper(101u))(withId));
 }
-
-// ---------------------------------------------------------------- registration
 
 // The derived-record registrations are the catalog's (KTRRecordCatalogTest).
 TEST(KTREnvTest, TechnologyIsRegisteredUnderItsKey) {

@@ -56,24 +56,9 @@ std::vector<std::string> pieces(const std::string& text, const std::string& sepa
 
 class KTRHardDiskTest : public testing::RecordTest {};
 
-// ---------------------------------------------------------------- generic item lists
-
 TEST_F(KTRHardDiskTest, LoadSplitsAtEverySeparatorTrimsAndSkipsEmptyPieces) {
-  struct Case {
-    const char* text;
-    const char* separators;
-    std::vector<std::string> expected;
-  };
-  const Case cases[] = {
-      {"", ";", {}},
-      {" ; ;\t;\n", ";", {}},
-      {"  a ;  b  ", ";", {"a", "b"}},
-      {"a;;b;", ";", {"a", "b"}},
-      {"a b;c", ";", {"a b", "c"}},
-      {"1.1.1.1  2.2.2.2", " \t\n", {"1.1.1.1", "2.2.2.2"}},
-      {"x", "", {"x"}},
-  };
-  for (const Case& c : cases) EXPECT_EQ(c.expected, pieces(c.text, c.separators)) << c.text;
+  for (const auto& c : MBQ::test::caseRows(__FILE__, "load"))
+    EXPECT_EQ(std::vector<std::string>(c.begin() + 2, c.end()), pieces(c.at(0), c.at(1))) << c[0];
 }
 
 TEST_F(KTRHardDiskTest, SaveSeparatesOnlyNonEmptyTexts) {
@@ -90,29 +75,17 @@ TEST_F(KTRHardDiskTest, SaveSeparatesOnlyNonEmptyTexts) {
 }
 
 TEST_F(KTRHardDiskTest, NameValueTakesNameAndFirstWord) {
-  struct Case {
-    const char* piece;
-    const char* name;
-    const char* value;
-  };
-  const Case cases[] = {
-      {"image=/a.img", "image", "/a.img"}, {"alone", "alone", ""},   {"a=", "a", ""},
-      {"a=  x y", "a", "x"},               {"a=b=c", "a", "b=c"},    {"=v", "", "v"},
-      {"a =b", "a ", "b"},
-  };
   const Format::NameValue<'='> convert;
-  for (const Case& c : cases) {
-    const auto item = convert(std::string(c.piece));
-    EXPECT_EQ(c.name, item.first) << c.piece;
-    EXPECT_EQ(c.value, item.second) << c.piece;
+  for (const auto& c : MBQ::test::caseRows(__FILE__, "name-value")) {
+    const auto item = convert(c.at(0));
+    EXPECT_EQ(c.at(1), item.first) << c[0];
+    EXPECT_EQ(c.at(2), item.second) << c[0];
   }
   EXPECT_EQ("a=b", convert(std::make_pair(std::string("a"), std::string("b"))));
   std::map<std::string, std::string> map;
   Format::Load("k=1, k=2 ,j=3", ",", std::inserter(map, map.end()), convert);
   EXPECT_EQ((std::map<std::string, std::string>{{"j", "3"}, {"k", "1"}}), map) << "the first of two names counts";
 }
-
-// ---------------------------------------------------------------- Dromo text form
 
 // What reads back from such texts is the table below's; `expanded` is not in the text.
 TEST_F(KTRHardDiskTest, DromoTextFormIsSortedPairsWithBracedUuid) {
@@ -126,35 +99,13 @@ TEST_F(KTRHardDiskTest, DromoTextFormIsSortedPairsWithBracedUuid) {
 }
 
 TEST_F(KTRHardDiskTest, DromoFromStringTable) {
-  struct Case {
-    std::string text;
-    Dromo expected;
-  };
-  const std::string braced = "{" + kGuidText + "}";
-  const Case cases[] = {
-      {"image=/a.img,size=10,uuid=" + braced, dromo("/a.img", 10, kGuid)},
-      {"uuid=" + braced + ",size=10,image=/a.img", dromo("/a.img", 10, kGuid)},
-      {"  image=/a.img ,\tsize=10 , uuid=" + braced + "  ", dromo("/a.img", 10, kGuid)},
-      {"image=/a.img,size=10,uuid=" + kGuidText, dromo("/a.img", 10, kGuid)},
-      {"image=/my disk.img,size=10", dromo("/my", 10)},
-      {"image=/a.img,size=0", dromo("", 0)},
-      {"image=/a.img,size=-5", dromo("", -5)},
-      {"image=/a.img", dromo("", 0)},
-      {"image=/a.img,size=abc", dromo("", 0)},
-      {"image=/a.img,size=12abc", dromo("", 0)},
-      {"image=/a.img,size=10,size=20", dromo("/a.img", 10)},
-      {"image=/a.img,size=10,expanded=no", dromo("/a.img", 10)},
-      {"image=/l.img,size=9223372036854775807", dromo("/l.img", 9223372036854775807LL)},
-      {" image = /a.img,size=10", dromo("", 10)},
-      {"image=/a.img,size=10,uuid=nonsense", Dromo()},
-      {"image=/a.img,size=10,uuid={" + kGuidText, Dromo()},
-      {",,,", Dromo()},
-      {"", Dromo()},
-  };
-  for (const Case& c : cases) {
+  for (const auto& c : MBQ::test::caseRows(__FILE__, "dromo")) {
+    MBQ::MBQGUID uuid;
+    if (c.size() > 3 && !c[3].empty()) { ASSERT_EQ(0, uuid.fromString(c[3])); }
+    const Dromo expected = c.at(1) == "none" ? Dromo() : dromo(c[1], std::stoll(c.at(2)), uuid);
     Dromo read;
-    read.fromString(c.text);
-    EXPECT_EQ(c.expected, read) << c.text;
+    read.fromString(c[0]);
+    EXPECT_EQ(expected, read) << c[0];
   }
 }
 
@@ -171,8 +122,6 @@ TEST_F(KTRHardDiskTest, DromoFromStringFillsInPlace) {
   EXPECT_FALSE(noSize.uuid().isValid()) << "an absent uuid is the empty one";
   EXPECT_FALSE(noSize.expanded());
 }
-
-// ---------------------------------------------------------------- lists in messages
 
 TEST_F(KTRHardDiskTest, ListWithoutDisksDoesNotRead) {
   for (const char* type : {"ct_dromo_disk", "ct_loopback_disk", "ct_hqfs"}) {
@@ -195,8 +144,6 @@ TEST_F(KTRHardDiskTest, EmptyImageListsHaveNoMessageForm) {
   EXPECT_FALSE(it->hasChild(1275)) << "nothing is written";
   EXPECT_EQ(-1, MBQ::MBQWriterDerived<List::Base>()(*it, DromoList()));
 }
-
-// ---------------------------------------------------------------- visitors
 
 TEST_F(KTRHardDiskTest, ValidatorMarksListsThatPointAtStorage) {
   struct Case {
@@ -235,8 +182,6 @@ TEST_F(KTRHardDiskTest, SaveVisitorWritesOnlyImageDiskLists) {
   EXPECT_EQ(0, none.accept(save));
   EXPECT_EQ("", save.result());
 }
-
-// ---------------------------------------------------------------- the DISK value
 
 std::vector<Dromo> disksOf(const KTREnvConfig& config) {
   std::shared_ptr<List::Base> disks;

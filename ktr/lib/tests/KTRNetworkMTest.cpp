@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <string>
-
 #include "KTRRecordTesting.h"
 
 // Round trips and required children of these records are the catalog's (KTRRecordCatalogTest);

@@ -6,8 +6,8 @@
 #include <cstring>
 #include <limits>
 #include <map>
-#include <memory>
 #include <set>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -84,53 +84,35 @@ class KTRQoSTuneTest : public ::testing::Test {
   KTRQVTune tune_;
 };
 
-// ---------------------------------------------------------------- tokens
-
 // Which row each operator text is shows in the parsed formulas below; here the scanning. A
 // character that starts no token fails and leaves the cursor; the end of the text is row 0 and
 // moves past the terminating zero.
 TEST(KTRQoSTuneTokenTest, ReadsOneTokenAndAdvances) {
-  struct Case {
-    const char* input;
-    int kind;
-    std::int64_t value;  // operators only
-    const char* text;    // names and numbers only
-    const char* rest;    // nullptr: one past the end
-  };
-  const Case cases[] = {
-      {"  numproc.soft+1", KTRQVTermType::kParameter, 0, "numproc.soft", "+1"},
-      {"\t12kb >", KTRQVTermType::kNumber, 0, "12kb", " >"},
-      {"1.5.x", KTRQVTermType::kNumber, 0, "1.5.x", ""},
-      {"&gt;= 1", KTRQVTermType::kOperator, 4, nullptr, " 1"},  // the longest text first
-      {">=>", KTRQVTermType::kOperator, 8, nullptr, ">"},
-      {"&&&", KTRQVTermType::kOperator, 3, nullptr, "&"},
-      {"(", KTRQVTermType::kOperator, 1, nullptr, ""},
-      {"+-", KTRQVTermType::kOperator, 13, nullptr, "-"},
-      {"  ", KTRQVTermType::kOperator, kOperatorEnd, nullptr, nullptr},
-  };
-  for (const Case& c : cases) {
-    const char* cursor = c.input;
+  const std::map<std::string, int> kinds = {{"parameter", KTRQVTermType::kParameter},
+                                            {"number", KTRQVTermType::kNumber},
+                                            {"operator", KTRQVTermType::kOperator}};
+  for (const auto& c : MBQ::test::caseRows(__FILE__, "tokens")) {
+    const std::string& input = c.at(0);
+    const char* cursor = input.c_str();
     KTRQVTermType term;
     std::string text = "old";
-    ASSERT_EQ(0, get_token(&cursor, &term, text)) << c.input;
-    EXPECT_EQ(c.kind, term.kind) << c.input;
-    if (c.text != nullptr) {
-      EXPECT_EQ(c.text, text) << c.input;
-    } else {
-      EXPECT_EQ(c.value, term.value) << c.input;
+    if (c.at(1) == "refused") {
+      EXPECT_EQ(-1, get_token(&cursor, &term, text)) << input;
+      EXPECT_EQ(input.c_str(), cursor) << input;
+      continue;
     }
-    if (c.rest != nullptr) {
-      EXPECT_STREQ(c.rest, cursor) << c.input;
+    ASSERT_EQ(0, get_token(&cursor, &term, text)) << input;
+    EXPECT_EQ(kinds.at(c[1]), term.kind) << input;
+    if (c[1] == "operator") {
+      EXPECT_EQ(std::stoll(c.at(2)), term.value) << input;
     } else {
-      EXPECT_EQ(c.input + std::strlen(c.input) + 1, cursor) << c.input;
+      EXPECT_EQ(c.at(2), text) << input;
     }
-  }
-  for (const char* input : {"= 1", "&amp;&amp;", "&gt", "|| a", "!a", "_a", "%"}) {
-    const char* cursor = input;
-    KTRQVTermType term;
-    std::string text;
-    EXPECT_EQ(-1, get_token(&cursor, &term, text)) << input;
-    EXPECT_EQ(input, cursor) << input;
+    if (c.at(3) == "<end>") {
+      EXPECT_EQ(input.c_str() + input.size() + 1, cursor) << input;
+    } else {
+      EXPECT_EQ(c[3], cursor) << input;
+    }
   }
 }
 
@@ -156,72 +138,21 @@ TEST(KTRQoSTuneTokenTest, OperatorFunctionsComputeWithWrapAndASafeDivision) {
   for (int row : {kOperatorEnd, kOperatorOpen, kOperatorClose}) EXPECT_EQ(nullptr, KTRQVOperatorTable[row].function);
 }
 
-// ---------------------------------------------------------------- parsing
-
 TEST_F(KTRQoSTuneTest, ParsesFormulasToPostfixTerms) {
-  struct Case {
-    const char* formula;
-    const char* terms;
-  };
-  const Case cases[] = {
-      // Entity spellings are exact equivalents: same terms but for the row.
-      {"a.hard &lt;= b.soft", "P101 P2 O5"},
-      {"a.hard <= b", "P101 P2 O9"},
-      {"a &gt;= 1", "P1 N1 O4"},
-      {"a&gt;1", "P1 N1 O6"},
-      // Numbers: single precision, kb/mb without case.
-      {"a >= 2kb", "P1 N2048 O8"},
-      {"a >= 2KB", "P1 N2048 O8"},
-      {"a >= 1.5mb", "P1 N1572864 O8"},
-      {"a >= 100000001", "P1 N100000000 O8"},
-      {"a >= 16777217", "P1 N16777216 O8"},
-      {"a >= 0.9", "P1 N0 O8"},
-      // Grouping: left for equal priority, comparisons tighter than &&.
-      {"a - b - c", "P1 P2 O14 P3 O14"},
-      {"a / b * c", "P1 P2 O16 P3 O15"},
-      {"a + b * c", "P1 P2 P3 O15 O13"},
-      {"a * b + c", "P1 P2 O15 P3 O13"},
-      {"a &lt; b && x &gt; y", "P1 P2 O7 P4 P5 O6 O3"},
-      {"a <= b == 0", "P1 P2 O9 N0 O12"},
-      {"a>=b&&c", "P1 P2 O8 P3 O3"},
-      {"a > b && a < 1", "P1 P2 O10 P1 N1 O11 O3"},
-      // Parts are searched for after the last dot.
-      {"a.xhardx", "P101"},
-      {"a.hardsoft", "P1"},
-      {"a", "P1"},
-      {"12", "N12"},
-      // The multiple name, any number of times.
-      {"QOS.soft <= QOS.hard", "M7 M107 O9"},
-      {"QOS >= 0 && QOS.hard >= a", "M7 N0 O8 M107 P1 O8 O3"},
-      {"d + x", "P6 P4 O13"},
-  };
-  for (const Case& c : cases) {
+  for (const auto& row : MBQ::test::caseRows(__FILE__, "parsed")) {
     KTRQVPolishNotation notation;
-    ASSERT_EQ(0, tune_.formFormula(c.formula, notation)) << c.formula;
-    EXPECT_EQ(c.terms, render(notation)) << c.formula;
+    ASSERT_EQ(0, tune_.formFormula(row.at(0), notation)) << row[0];
+    EXPECT_EQ(row.at(1), render(notation)) << row[0];
   }
 }
 
 TEST_F(KTRQoSTuneTest, RejectsWhatIsNotAFormula) {
-  const char* const cases[] = {
-      // Parentheses, however placed: some would pass the final depth count if kept.
-      "(a)", "(a) b", "a (b)", "(a + b) * c", "((a))", "a + (b", "a )", ") a", "a ) b", "()", "(",
-      // Operator and operand order.
-      "- a", "a b", "a +", "+", "a >= >= b", "", "   ", "a == 1 2",
-      // Tokens that are not of the grammar.
-      "a = b", "a || b", "a &amp;&amp; b", "a >= -1", "a % b", "a_b",
-      // Numbers.
-      "a >= 3gb", "a >= 12abc", "a >= 2k", "a >= 2kbx", "a >= 1.2.3", "a >= 1e30mb", "a >= 99999999999999999999",
-      // Names.
-      "a.limit >= 1", "a. >= 1", "a.b.soft >= 1", "unknown >= 1", "A >= 1", "qos.soft >= 0",
-  };
-  for (const char* formula : cases) {
-    KTRQVPolishNotation notation;
-    EXPECT_EQ(-1, tune_.formFormula(formula, notation)) << "'" << formula << "'";
+  for (const auto& row : MBQ::test::caseRows(__FILE__, "refused")) {
+    for (const std::string& formula : row) {
+      KTRQVPolishNotation notation;
+      EXPECT_EQ(-1, tune_.formFormula(formula, notation)) << "'" << formula << "'";
+    }
   }
-  // A zero byte does not end the text early.
-  KTRQVPolishNotation notation;
-  EXPECT_EQ(-1, tune_.formFormula(std::string("a\0(b) c", 7), notation));
 }
 
 TEST_F(KTRQoSTuneTest, TwoDifferentMultipleNamesAreRejected) {
@@ -233,8 +164,6 @@ TEST_F(KTRQoSTuneTest, TwoDifferentMultipleNamesAreRejected) {
   notation.multiple = &other;
   EXPECT_EQ(-1, tune_.formFormula("QOS", notation));
 }
-
-// ---------------------------------------------------------------- init
 
 TEST(KTRQoSTuneInitTest, FailsWithTheStatusAndMessage) {
   struct Case {
@@ -320,8 +249,6 @@ TEST(KTRQoSTuneInitTest, IndexesStayBelowTheHardPartOffset) {
   EXPECT_EQ("too many parameters in formulas initialization ('QOS')", MBQ::getErrorMessage());
 }
 
-// ---------------------------------------------------------------- checks
-
 using Values = std::map<std::string, KTRQVParamsValue>;
 
 KTRQVParamsValue value(std::int64_t soft, std::int64_t hard) {
@@ -341,42 +268,28 @@ std::vector<Violation> violations(const std::vector<KTRQVTuneFailure>& failures)
 }
 
 TEST(KTRQoSTuneCheckTest, ReportsViolatedFormulasWithTheParametersRead) {
-  const Values full = {{"a", value(10, 20)}, {"b", value(15, 30)}, {"c", value(5, 5)},
-                       {"x", value(3, 3)},   {"y", value(0, 0)},   {"d", value(-1, -1)}};
-  struct Case {
-    const char* formula;
-    Values overrides;
+  for (const auto& c : MBQ::test::caseRows(__FILE__, "checked")) {
+    const std::string& formula = c.at(0);
+    Values values = {{"a", value(10, 20)}, {"b", value(15, 30)}, {"c", value(5, 5)},
+                     {"x", value(3, 3)},   {"y", value(0, 0)},   {"d", value(-1, -1)}};
+    std::istringstream overrides(c.at(1));
+    for (std::string item; overrides >> item;) {
+      const auto equals = item.find('='), colon = item.find(':');
+      values[item.substr(0, equals)] = value(std::stoll(item.substr(equals + 1, colon - equals - 1)),
+                                             std::stoll(item.substr(colon + 1)));
+    }
     std::vector<Violation> expected;
-  };
-  const Case cases[] = {
-      {"a.hard <= b.hard", {}, {}},
-      {"a.hard > b.hard", {}, {{1, {1, 2}}}},
-      {"a.soft + c.hard * x == 25", {}, {}},
-      {"a.soft + c.hard * x == 24", {}, {{1, {1, 3, 4}}}},
-      // Every operand is read, even where && could have stopped early.
-      {"y && a", {}, {{1, {1, 5}}}},
-      {"QOS.soft <= QOS.hard", {}, {}},
-      {"QOS.soft <= QOS.hard", {{"a", value(21, 20)}, {"c", value(6, 5)}}, {{1, {1}}, {1, {3}}}},
-      // d is not a member of QOS, so its negative value goes unnoticed.
-      {"QOS.soft >= 0", {}, {}},
-      // The other parameter of a multiple formula is read on every member.
-      {"QOS.hard <= b.hard", {}, {}},
-      {"QOS.hard < b.hard", {}, {{1, {2}}}},
-      // Wrapping arithmetic on "unlimited" values is defined.
-      {"a.hard + b.hard > 0", {{"a", value(kMax, kMax)}, {"b", value(kMax, kMax)}}, {{1, {1, 2}}}},
-      // A zero divisor yields 0.
-      {"a / y == 0", {}, {}},
-      {"a / y >= 1", {}, {{1, {1, 5}}}},
-      {"a / d == 0 - 10", {}, {}},
-  };
-  for (const Case& c : cases) {
+    for (std::size_t i = 2; i < c.size(); ++i) {
+      std::set<int> used;
+      std::istringstream indexes(c[i]);
+      for (std::string index; std::getline(indexes, index, ',');) used.insert(std::stoi(index));
+      expected.push_back({1, used});
+    }
     MBQ::MBQVEnvConfig config;
-    KTRQVTune tune(config, vocabulary({{1, c.formula, "m"}}));
-    Values values = full;
-    for (const auto& [name, v] : c.overrides) values[name] = v;
+    KTRQVTune tune(config, vocabulary({{1, formula, "m"}}));
     std::vector<KTRQVTuneFailure> failures;
-    ASSERT_EQ(0, tune.checkParameters(values, failures)) << c.formula << ": " << MBQ::getErrorMessage();
-    EXPECT_EQ(c.expected, violations(failures)) << c.formula;
+    ASSERT_EQ(0, tune.checkParameters(values, failures)) << formula << ": " << MBQ::getErrorMessage();
+    EXPECT_EQ(expected, violations(failures)) << formula;
     for (const KTRQVTuneFailure& f : failures) EXPECT_EQ(&tune.getFormulas().front(), f.formula);
   }
 }
@@ -425,8 +338,6 @@ TEST_F(KTRQoSTuneTest, CheckByFormulaReportsEveryIndexRead) {
   EXPECT_EQ(1, tune_.checkByFormula(violated, notation, used, 3));
   EXPECT_EQ((std::set<int>{1, 2, 3}), used);
 }
-
-// ---------------------------------------------------------------- assertions
 
 using KTRQoSTuneDeathTest = KTRQoSTuneTest;
 

@@ -31,8 +31,6 @@ KTRTemplateConfigInfo configInfo() {
   return info;
 }
 
-// ---------------------------------------------------------------- architecture selector
-
 TEST(KTRArchitectureSelectorTest, AcceptsExactlyTheSupportedNamesFromASortedTable) {
   const auto& table = KTRArchitectureSelector::SUPPORTED;
   EXPECT_TRUE(std::is_sorted(std::begin(table), std::end(table),
@@ -79,8 +77,6 @@ TEST(KTRArchitectureSelectorTest, ArchitectureIsTheFirstSupportedTechnologyAndAn
   EXPECT_EQ("", KTRArchitectureSelector::getArch({}));
 }
 
-// ---------------------------------------------------------------- templates as packages
-
 // How the registry picks a class is the core's (MBQDerivedParsersTest); the templates' own
 // registrations are the catalog's.
 TEST_F(KTRTEMTest, PackageRegistryHasNoDefaultAndNoWriterForTheBase) {
@@ -92,8 +88,6 @@ TEST_F(KTRTEMTest, PackageRegistryHasNoDefaultAndNoWriterForTheBase) {
   MBQ::MBQMessage message;
   EXPECT_EQ(-1, MBQ::MBQWriterDerived<MBQ::MBQPackage>()(*message.iterator(), MBQ::MBQPackage("p", "1")));
 }
-
-// ---------------------------------------------------------------- template configuration
 
 TEST_F(KTRTEMTest, ConfigInfoPackagesAreKeyedByTheirNames) {
   KTRTemplateConfigInfo info = configInfo();

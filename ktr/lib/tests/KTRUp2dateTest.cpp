@@ -5,7 +5,6 @@
 #include <memory>
 #include <string>
 #include <typeinfo>
-#include <vector>
 
 #include "KTRRecordTesting.h"
 #include "MBQFunctionalityCore/MBQPackage.h"

@@ -2,11 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
 #include "KTRFunctionality/KTRConverters.h"
 #include "MBQMessage/MBQMessage.h"
+#include "MBQTestSupport.h"
 
 namespace KTR {
 namespace {
@@ -91,34 +93,25 @@ TEST(KTRVEthTest, TextRoundTripsOnAFreshRecord) {
 }
 
 TEST(KTRVEthTest, ReadsTheNetifText) {
-  struct Case {
-    const char* text;
-    VethFields fields;
-  };
-  const Case cases[] = {
-      {"ifname=eth0,mac=m,network=n,gw=g,gw6=g6,nettype=bridged,ip=10.0.0.1/8:10.0.0.2,dhcp=no,dhcp6=no",
-       {"eth0", {"10.0.0.1/8", "10.0.0.2"}, "n", "g", "g6", false, false, "m", false}},
-      // Everything after "ip6=" is an address, later keys included; DHCP stays as it was.
-      {"ifname=eth1,ip6=a::1/64,b::2/64,dhcp=no",
-       {"eth1", {"a::1/64", "b::2/64", "dhcp=no"}, "", "", "", false, false, "", false}},
-      {"ip6=,,a::1, b::2", {"", {"a::1", " b::2"}, "", "", "", false, false, "", false}},
-      {"  \tifname=eth1 ,mac= x", {"eth1 ", {}, "", "", "", false, false, " x", false}},
-      // "ip=" splits at every colon, so an IPv6 address falls apart there.
-      {"ip=fe80::1:", {"", {"fe80", "1"}, "", "", "", false, false, "", false}},
-      // Flags: any leading part of the word, the empty value included, means yes.
-      {"dhcp=,dhcp6=y,nettype=host", {"", {}, "", "", "", true, true, "", true}},
-      {"dhcp=ye,dhcp6=yes,nettype=host-routed", {"", {}, "", "", "", true, true, "", true}},
-      {"dhcp=yess,dhcp6=Yes,nettype=host-routedx", {"", {}, "", "", "", false, false, "", false}},
-      {"dhcp=no,dhcp6=1,nettype=bridged", {"", {}, "", "", "", false, false, "", false}},
-      // Later pieces win; unknown and misspelt keys are skipped.
-      {"ifname=a,IFNAME=b,ifname,foo=bar,ifname=c,,", {"c", {}, "", "", "", false, false, "", false}},
-  };
-  for (const Case& c : cases) {
+  for (const auto& c : MBQ::test::caseRows(__FILE__, "read")) {
+    ASSERT_EQ(10u, c.size()) << c.at(0);
+    KTRNetVEth expected;
+    expected.setName(c[1]);
+    for (std::size_t begin = 0, end; begin < c[2].size(); begin = end + 1) {
+      end = std::min(c[2].find(';', begin), c[2].size());
+      expected.addAddress(MBQIPAddress(c[2].substr(begin, end - begin)));
+    }
+    expected.setNetwork(c[3]);
+    expected.setGateway(c[4]);
+    expected.setGateway6(c[5]);
+    expected.setDhcp(c[6] == "yes");
+    expected.setDhcp6(c[7] == "yes");
+    expected.setMac(c[8]);
+    expected.setHostRouted(c[9] == "yes");
     KTRNetVEth read;
-    read.fromString(c.text);
-    const KTRNetVEth expected = makeVeth(c.fields);
-    EXPECT_EQ(expected, read) << c.text;
-    EXPECT_EQ(addressTexts(expected), addressTexts(read)) << c.text;
+    read.fromString(c[0]);
+    EXPECT_EQ(expected, read) << c[0];
+    EXPECT_EQ(addressTexts(expected), addressTexts(read)) << c[0];
   }
 }
 

@@ -119,26 +119,12 @@ TEST_F(KTRVtSettingsTest, VtInfoWithoutItemsDropsTheOldOnes) {
 }
 
 TEST_F(KTRVtSettingsTest, ContainerTypeTextForm) {
-  struct Case {
-    const char* text;
-    int type;
-    const char* ctid;
-  };
-  const Case good[] = {
-      {"1:101", 1, "101"}, {"2", 2, ""}, {" 7 :abc", 7, "abc"}, {"-1:x", -1, "x"},
-      {"0:00112233-4455-6677-8899-aabbccddeeff", 0, "00112233-4455-6677-8899-aabbccddeeff"},
-  };
-  for (const Case& c : good) {
-    KTRVPSType type;
-    ASSERT_EQ(0, type.fromString(c.text)) << c.text;
-    EXPECT_EQ(c.type, type.getType()) << c.text;
-    EXPECT_STREQ(c.ctid, type.getCtid().toString()) << c.text;
-  }
-  for (const char* bad : {"", ":101", "x:101", "1x:101", "99999999999:1"}) {
+  for (const auto& c : MBQ::test::caseRows(__FILE__, "vps-type")) {
     KTRVPSType type(4, CtidWrapper(4u));
-    EXPECT_EQ(-1, type.fromString(bad)) << bad;
-    EXPECT_EQ(4, type.getType()) << bad;
-    EXPECT_STREQ("4", type.getCtid().toString()) << bad;
+    const bool refused = c.at(1) == "refused";
+    EXPECT_EQ(refused ? -1 : 0, type.fromString(c[0])) << c[0];
+    EXPECT_EQ(refused ? 4 : std::stoi(c[1]), type.getType()) << c[0];
+    EXPECT_EQ(refused ? "4" : c.at(2), type.getCtid().toString()) << c[0];
   }
   EXPECT_EQ("1:101", KTRVPSType(1, CtidWrapper(101u)).toString());
   EXPECT_EQ("3", KTRVPSType(3, CtidWrapper(std::string())).toString());
