@@ -125,6 +125,13 @@ libs_from "$agent/lib/ktrctl/ktrctl-records.so" "$agent/lib"
 for doc in "$agent/share/man/man1/ktrctl.1.gz" "$agent/share/bash-completion/completions/ktrctl"; do
   [[ -f "$doc" ]] || fail "the runtime package lacks $doc"
 done
+# The installed schemas are the ones compiled in: a record the library writes validates with both.
+for schemas in "" "--schemas $agent/share/KTRFunctionality/schema"; do
+  # shellcheck disable=SC2086
+  env -u LD_LIBRARY_PATH "$agent/bin/ktrctl" msg validate $schemas ktr/lib/tests/records/KTREnv.xml ||
+    fail "ktrctl msg validate ${schemas:-(built-in schemas)} refused a record the library writes"
+done
+echo "ok: installed schemas"
 
 build_consumers root "$agent" "$root"
 run_consumer "consumer (find_package, unpacked packages)" "$work/root-cmake/installed/bin/ktr-consumer"

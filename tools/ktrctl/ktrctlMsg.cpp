@@ -4,10 +4,9 @@
 #include <algorithm>
 #include <cstdio>
 #include <memory>
-#include <fstream>
-#include <sstream>
 #include <string>
 
+#include "KTRFunctionality/KTRConfigFile.h"
 #include "KTRFunctionality/KTRRecordCatalog.h"
 #include "MBQCore/MBQError.h"
 #include "MBQMessage/MBQMessage.h"
@@ -46,12 +45,10 @@ int read(const Args& args) {
   }
   if (path.empty()) return fail("msg read needs a FILE");
 
-  std::ifstream in(path, std::ios::binary);
-  if (!in) return fail(path + ": cannot open");
-  std::ostringstream text;
-  text << in.rdbuf();
+  std::string text;
+  if (KTR::readConfigFile(path, text) != 0) return fail(MBQ::getErrorMessage());
   MBQ::MBQMessage message;
-  if (message.parse(text.str()) != 0) return fail(path + ": " + MBQ::getErrorMessage());
+  if (message.parse(text) != 0) return fail(path + ": " + MBQ::getErrorMessage());
   const auto root = message.iterator();
 
   const KTR::KTRRecordType* type = nullptr;
@@ -87,12 +84,10 @@ int read(const Args& args) {
 // problems, kError when the file cannot be checked.
 int validateFile(const MBQ::MBQSchemaSet& schemas, const std::string& path, const KTR::KTRRecordType* as,
                  bool verbose) {
-  std::ifstream in(path, std::ios::binary);
-  std::ostringstream text;
-  text << in.rdbuf();
-  if (!in) return fail(path + ": cannot read");
+  std::string text;
+  if (KTR::readConfigFile(path, text) != 0) return fail(MBQ::getErrorMessage());
   std::vector<MBQ::MBQSchemaProblem> problems;
-  const int rc = schemas.validate(text.str(), as != nullptr ? as->ns : "", as != nullptr ? as->publishedType : "",
+  const int rc = schemas.validate(text, as != nullptr ? as->ns : "", as != nullptr ? as->publishedType : "",
                                   problems);
   if (rc < 0 && as == nullptr && !problems.empty() && problems.front().text.find("declares no schema type") != std::string::npos)
     return fail(path + ": the root element declares no schema type; name the class with --as");

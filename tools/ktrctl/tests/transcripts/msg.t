@@ -66,7 +66,7 @@ ktrctl: open.xml: line 2, column 1: Premature end of data in tag name line 1
 $ for args in 'read absent.xml' read 'read --as' frobnicate ''; do
 >   ktrctl msg $args; test $? = 2 || echo "msg $args: not refused"
 > done
-ktrctl: absent.xml: cannot open
+ktrctl: cannot read absent.xml: No such file or directory
 ktrctl: msg read needs a FILE
 ktrctl: msg read: --as needs a CLASS
 ktrctl: msg: unknown subcommand or arguments (see ktrctl --help)
@@ -94,4 +94,10 @@ ktrctl: ubc.xml: the root element declares no schema type; name the class with -
 
 $ mkdir schemas && echo '<xs:schema xmlns:xs="http://www.w3.org/2001/XMLSchema" targetNamespace="urn:x"><xs:include schemaLocation="y.xsd"/></xs:schema>' > schemas/x.xsd && ktrctl msg validate --schemas schemas again.xml
 ktrctl: schemas: schemas/y.xsd: not a document of this schema set
+(exit 2)
+
+# Only regular files are read: a FIFO is refused at once instead of waiting for a writer.
+$ mkfifo fifo && ktrctl msg read fifo; ktrctl msg validate fifo
+ktrctl: cannot read fifo: not a regular file
+ktrctl: cannot read fifo: not a regular file
 (exit 2)
