@@ -13,9 +13,7 @@
 #include "KTRFunctionality/KTRRecordCatalog.h"
 #include "MBQCore/MBQError.h"
 #include "MBQFunctionalityCore/MBQVocMap.h"
-#include "MBQMessage/MBQCodec.h"
 #include "MBQMessage/MBQMessage.h"
-#include "MBQMessage/MBQTagTable.h"
 #include "MBQTestSupport.h"
 
 namespace KTR {
@@ -37,14 +35,10 @@ inline void expectSchemaValid(const KTRRecordType& type, const std::string& text
 // published schemas as the catalog's record of that type.
 template <class T, class Writer>
 void expectWritesValid(const T& record, const Writer& writer) {
-  if constexpr (MBQ::codec_detail::HasSchema<Writer>::value) {
-    const char* ns = writer.getStrNSID();
-    if (*ns == '\0' && writer.getNSID() != 0) ns = MBQ::MBQDefaultMap::findNSID(writer.getNSID());
-    const KTRRecordType* type = findRecordTypeBySchema(std::string(ns != nullptr ? ns : "") + ":" + writer.getStrTypeID());
-    MBQ::MBQMessage message("r");
-    if (type == nullptr || message.iterator()->putObject(record, writer) != 0) return;
-    expectSchemaValid(*type, message.toString(true));
-  }
+  MBQ::MBQMessage message("r");
+  std::string declared;
+  if (message.iterator()->putObject(record, writer) != 0 || message.iterator()->getSchemaType(declared) != 0) return;
+  if (const KTRRecordType* type = findRecordTypeBySchema(declared)) expectSchemaValid(*type, message.toString(true));
 }
 
 class RecordTest : public ::testing::Test {
