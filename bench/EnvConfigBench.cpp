@@ -5,6 +5,7 @@
 #include <benchmark/benchmark.h>
 
 #include "LibxmlBaseline.h"
+#include "SchemaValidation.h"
 
 #include <map>
 #include <set>
@@ -13,7 +14,6 @@
 
 #include "KTRFunctionality/KTREnvConfig.h"
 #include "KTRFunctionality/KTRHardDisk.h"
-#include "KTRFunctionality/KTRRecordCatalog.h"
 #include "KTRFunctionality/KTRVEth.h"
 #include "MBQMessage/MBQMessage.h"
 
@@ -88,46 +88,33 @@ std::string writeConfig(const KTR::KTREnvConfig& config) {
   return message.toString();
 }
 
+// The text parsed and read into a new configuration, whose interfaces are then looked at.
+void readBack(benchmark::State& state, const std::string& text) {
+  MBQ::MBQMessage parsed;
+  if (parsed.parse(text) != 0) state.SkipWithError("parse failed");
+  KTR::KTREnvConfig back;
+  if (parsed.iterator()->getObject(back, KTR::KTREnvConfig::Reader()) != 0) state.SkipWithError("read failed");
+  MBQOptionalProperty<std::vector<KTR::KTRNetVEth>> veths;
+  if (back.getNetVEths(veths) != 0 || veths.get().size() != 4) state.SkipWithError("veths lost");
+  benchmark::DoNotOptimize(back);
+}
+
 void BM_EnvConfigRoundTrip(benchmark::State& state) {
   const KTR::KTREnvConfig config = makeConfig();
-  for (auto _ : state) {
-    const std::string text = writeConfig(config);
-    MBQ::MBQMessage parsed;
-    if (parsed.parse(text) != 0) state.SkipWithError("parse failed");
-    KTR::KTREnvConfig back;
-    if (parsed.iterator()->getObject(back, KTR::KTREnvConfig::Reader()) != 0) state.SkipWithError("read failed");
-    MBQOptionalProperty<std::vector<KTR::KTRNetVEth>> veths;
-    if (back.getNetVEths(veths) != 0 || veths.get().size() != 4) state.SkipWithError("veths lost");
-    benchmark::DoNotOptimize(back);
-  }
+  for (auto _ : state) readBack(state, writeConfig(config));
   state.SetItemsProcessed(state.iterations());
 }
 BENCHMARK(BM_EnvConfigRoundTrip);
 
 void BM_EnvConfigRead(benchmark::State& state) {
   const std::string text = writeConfig(makeConfig());
-  for (auto _ : state) {
-    MBQ::MBQMessage parsed;
-    if (parsed.parse(text) != 0) state.SkipWithError("parse failed");
-    KTR::KTREnvConfig back;
-    if (parsed.iterator()->getObject(back, KTR::KTREnvConfig::Reader()) != 0) state.SkipWithError("read failed");
-    MBQOptionalProperty<std::vector<KTR::KTRNetVEth>> veths;
-    if (back.getNetVEths(veths) != 0 || veths.get().size() != 4) state.SkipWithError("veths lost");
-    benchmark::DoNotOptimize(back);
-  }
+  for (auto _ : state) readBack(state, text);
   state.SetItemsProcessed(state.iterations());
 }
 BENCHMARK(BM_EnvConfigRead);
 
 void BM_EnvConfigValidate(benchmark::State& state) {
-  const std::string text = writeConfig(makeConfig());
-  const MBQ::MBQSchemaSet* schemas = KTR::recordSchemas();
-  const KTR::KTRRecordType* type = KTR::findRecordType("KTREnvConfig");
-  for (auto _ : state) {
-    std::vector<MBQ::MBQSchemaProblem> problems;
-    if (schemas->validate(text, type->ns, type->publishedType, problems) != 0)
-      state.SkipWithError(("not valid: " + problems.front().text).c_str());
-  }
+  validateAs(state, "KTREnvConfig", writeConfig(makeConfig()));
   state.SetItemsProcessed(state.iterations());
 }
 BENCHMARK(BM_EnvConfigValidate);

@@ -6,6 +6,7 @@
 #include <benchmark/benchmark.h>
 
 #include "LibxmlBaseline.h"
+#include "SchemaValidation.h"
 
 #include <memory>
 #include <string>
@@ -76,15 +77,19 @@ std::string writeList(const KTR::KTRUpdateList& list) {
   return message.toString();
 }
 
+KTR::KTRUpdateList readList(benchmark::State& state, const std::string& text) {
+  MBQ::MBQMessage parsed;
+  if (parsed.parse(text) != 0) state.SkipWithError("parse failed");
+  KTR::KTRUpdateList list;
+  KTR::KTRUpdateList::Reader()(*parsed.iterator(), list);
+  if (list.size() != static_cast<std::size_t>(kEntries)) state.SkipWithError("read failed");
+  return list;
+}
+
 void BM_UpdateListThroughText(benchmark::State& state) {
   const std::string text = writeList(makeList());
   for (auto _ : state) {
-    MBQ::MBQMessage parsed;
-    if (parsed.parse(text) != 0) state.SkipWithError("parse failed");
-    KTR::KTRUpdateList list;
-    KTR::KTRUpdateList::Reader()(*parsed.iterator(), list);
-    if (list.size() != static_cast<std::size_t>(kEntries)) state.SkipWithError("read failed");
-    const std::string again = writeList(list);
+    const std::string again = writeList(readList(state, text));
     if (again.size() != text.size()) state.SkipWithError("write differs");
     benchmark::DoNotOptimize(again.data());
   }
@@ -96,11 +101,7 @@ BENCHMARK(BM_UpdateListThroughText)->Unit(benchmark::kMillisecond);
 void BM_UpdateListRead(benchmark::State& state) {
   const std::string text = writeList(makeList());
   for (auto _ : state) {
-    MBQ::MBQMessage parsed;
-    if (parsed.parse(text) != 0) state.SkipWithError("parse failed");
-    KTR::KTRUpdateList list;
-    KTR::KTRUpdateList::Reader()(*parsed.iterator(), list);
-    if (list.size() != static_cast<std::size_t>(kEntries)) state.SkipWithError("read failed");
+    const KTR::KTRUpdateList list = readList(state, text);
     benchmark::DoNotOptimize(list.data());
   }
   state.SetItemsProcessed(state.iterations() * kEntries);
@@ -108,14 +109,7 @@ void BM_UpdateListRead(benchmark::State& state) {
 BENCHMARK(BM_UpdateListRead)->Unit(benchmark::kMillisecond);
 
 void BM_UpdateListValidate(benchmark::State& state) {
-  const std::string text = writeList(makeList());
-  const MBQ::MBQSchemaSet* schemas = KTR::recordSchemas();
-  const KTR::KTRRecordType* type = KTR::findRecordType("KTRUpdateList");
-  for (auto _ : state) {
-    std::vector<MBQ::MBQSchemaProblem> problems;
-    if (schemas->validate(text, type->ns, type->publishedType, problems) != 0)
-      state.SkipWithError(("not valid: " + problems.front().text).c_str());
-  }
+  validateAs(state, "KTRUpdateList", writeList(makeList()));
   state.SetItemsProcessed(state.iterations() * kEntries);
 }
 BENCHMARK(BM_UpdateListValidate)->Unit(benchmark::kMillisecond);
