@@ -55,7 +55,8 @@ TEST_F(KTRConfigFileTest, CommitReplacesTheTextAndKeepsTheFilesAttributes) {
     ASSERT_EQ(0, ::chown(path.c_str(), 65534, 65534));
   }
   ASSERT_EQ(0, ::chmod(path.c_str(), 06750));
-  const bool xattrs = ::setxattr(path.c_str(), "user.origin", "ops", 3, 0) == 0;
+  const bool xattrs = ::setxattr(path.c_str(), "user.origin", "ops", 3, 0) == 0 &&
+                      ::setxattr(path.c_str(), "user.team", "net", 3, 0) == 0;
   KTRConfigFileEdit edit;
   ASSERT_EQ(0, edit.begin(path, 1000)) << MBQ::getErrorMessage();
   EXPECT_EQ("OLD=\"1\"\n", edit.text());
@@ -71,6 +72,8 @@ TEST_F(KTRConfigFileTest, CommitReplacesTheTextAndKeepsTheFilesAttributes) {
     char value[8] = {};
     EXPECT_EQ(3, ::getxattr(path.c_str(), "user.origin", value, sizeof value));
     EXPECT_STREQ("ops", value);
+    EXPECT_EQ(3, ::getxattr(path.c_str(), "user.team", value, sizeof value));
+    EXPECT_STREQ("net", value);
   }
   EXPECT_EQ("ve.conf ", listing()) << "nothing is left beside the file";
 }

@@ -262,6 +262,8 @@ TEST_F(KTRHardDiskTest, DiskValueDoesNotReplaceDisksInUse) {
   ASSERT_EQ(0, unused.setHardDisks(&loops));
   EXPECT_EQ(0, Disk::readDisks("disk", "image=/a.img,size=1", unused)) << "a loopback disk without uuid is free";
   EXPECT_EQ(std::vector<Dromo>{dromo("/a.img", 1)}, disksOf(unused));
+  EXPECT_EQ(0, unused.setHardDisks(nullptr)) << "no list: free disks are dropped";
+  EXPECT_TRUE(disksOf(unused).empty());
 }
 
 // Text from a file is never trusted: whatever it holds, reading gives records (never a
