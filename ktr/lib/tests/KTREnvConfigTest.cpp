@@ -57,6 +57,9 @@ TEST_F(KTREnvConfigTest, ContainerIdComesFromCtidBeforeVeid) {
   int number = -1;
   ASSERT_EQ(0, uuid.getVeid(number));
   EXPECT_EQ(0, number) << "a UUID id writes 0 under veid";
+  ASSERT_EQ(0, uuid.setVeid(CtidWrapper(102)));
+  ASSERT_EQ(0, uuid.getVeid(ctid));
+  EXPECT_STREQ("102", ctid.toString()) << "a new id replaces both elements";
 
   KTREnvConfig empty;
   empty.initMsg();
