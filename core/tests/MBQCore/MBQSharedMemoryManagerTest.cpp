@@ -81,6 +81,8 @@ TEST(MBQSharedMemoryManagerTest, RefusedAllocationsLeaveTheHeapAlone) {
   ASSERT_NE(nullptr, all);
   EXPECT_TRUE(heap.freeList().empty());
   EXPECT_EQ(8192u, heap.manager()->getUsed());
+  std::vector<std::string> problems;
+  EXPECT_EQ(0, heap.manager()->check(8192, problems)) << "a full heap is sound";
 }
 
 TEST(MBQSharedMemoryManagerTest, GrowMergesWithAFreeBlockAtTheOldEnd) {

@@ -22,9 +22,12 @@ TEST_F(KTREnvConfigTest, GettersWithoutSubtreeFailAndLeaveTheProperty) {
   MBQOptionalProperty<bool> onBoot(true);
   MBQOptionalProperty<std::set<std::string>> roles(std::set<std::string>{"web"});
   MBQOptionalProperty<std::map<std::string, std::string>> features;
+  MBQOptionalProperty<std::set<MBQ::MBQQoS>> qoses(std::set<MBQ::MBQQoS>{MBQ::MBQQoS("numproc", 1, 2)});
   CtidWrapper ctid(5);
   int veid = 3;
   EXPECT_EQ(-1, config.getOnBoot(onBoot));
+  EXPECT_EQ(-1, config.getQoSes(qoses));
+  EXPECT_EQ(1u, qoses.get().size());
   EXPECT_EQ(-1, config.getServerRoles(roles));
   EXPECT_EQ(-1, config.getFeatures(features));
   EXPECT_EQ(-1, config.getVeid(ctid));
