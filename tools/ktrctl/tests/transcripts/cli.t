@@ -56,6 +56,12 @@ $ ktrctl get c.conf --dry-run
 ktrctl: --dry-run does not apply to get (see ktrctl help get)
 (exit 2)
 
+$ for family in "global get" "msg types" "cache stat"; do ktrctl $family --dry-run; done
+ktrctl: --dry-run does not apply to global get (see ktrctl help global get)
+ktrctl: --dry-run does not apply to msg types (see ktrctl help msg types)
+ktrctl: --dry-run does not apply to cache stat (see ktrctl help cache stat)
+(exit 2)
+
 $ ktrctl set --wait soon c.conf A=1
 ktrctl: --wait needs a number of seconds from 0 to 86400, not 'soon'
 (exit 2)
