@@ -24,13 +24,7 @@ TEST(MBQIPv6Test, ParsesAndFormatsIPv6AndIPv4Texts) {
 
 TEST(MBQIPv6Test, RejectsBadTextAndKeepsTheValue) {
   const MBQIPv6 kept("2001:db8::1");
-  for (const auto& row : test::caseRows(__FILE__, "bad")) {
-    for (const std::string& text : row) {
-      MBQIPv6 address = kept;
-      EXPECT_NE(0, address.fromString(text)) << text;
-      EXPECT_EQ(kept, address) << text;
-    }
-  }
+  for (const auto& row : test::caseRows(__FILE__, "bad")) test::expectRefusedAndKept(kept, row);
   EXPECT_TRUE(MBQIPv6("not an address").isAny());
 }
 

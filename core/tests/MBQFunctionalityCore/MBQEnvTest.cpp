@@ -72,19 +72,6 @@ TEST_F(MBQEnvTest, AlertTypesKeepFiveReasonsAndIgnoreOthers) {
   for (const Case& c : cases) EXPECT_EQ(c.expected, env.getAlertType(c.reason)) << "reason " << c.reason;
 }
 
-TEST_F(MBQEnvTest, VirtualConfigReadsAsTheClassItWasWrittenAs) {
-  auto tech = std::make_shared<TechConfig>();
-  tech->setHostname(std::string("tech.example"));
-  MBQEnv env(MBQEID("e"), tech);
-  const std::string text = write(env);
-  EXPECT_NE(std::string::npos, text.find("tech_configType")) << text;
-
-  MBQEnv back;
-  ASSERT_EQ(0, read(text, back));
-  EXPECT_NE(nullptr, std::dynamic_pointer_cast<TechConfig>(back.getVirtualConfig()));
-  EXPECT_EQ("tech.example", hostnameOf(*back.getVirtualConfig()));
-}
-
 TEST_F(MBQEnvTest, VirtualConfigOfUnknownTypeReadsAsPlainVirtualConfig) {
   // Written without any factory for its class: typed with the core's own schema ids.
   MBQEnv env(MBQEID("e"), virtualConfig("plain.example"));

@@ -114,34 +114,6 @@ TEST_F(MBQCodecTest, ListReadStopsAtFirstBadItemKeepingEarlierOnes) {
   EXPECT_EQ("message", it_->getName()) << "the reader must leave the cursor where it found it";
 }
 
-TEST_F(MBQCodecTest, MapWithRepeatedKeyKeepsFirstValue) {
-  const std::vector<std::pair<std::string, std::string>> items{{"k", "first"}, {"j", "other"}, {"k", "second"}};
-  auto key = MBQWriterID(MBQWriterValue<std::string>(), 1010);
-  auto value = MBQWriterID(MBQWriterValue<std::string>(), 1018);
-  ASSERT_EQ(0, MBQWriterMap(1017, key, value)(*it_, items));
-  std::map<std::string, std::string> map;
-  auto reader = MBQReaderMap(1017, MBQReaderRequired, MBQReaderID(MBQReaderValue<std::string>(), 1010),
-                             MBQReaderID(MBQReaderValue<std::string>(), 1018));
-  EXPECT_EQ(0, reader(*reparsed(), map));
-  EXPECT_EQ((std::map<std::string, std::string>{{"j", "other"}, {"k", "first"}}), map);
-}
-
-TEST_F(MBQCodecTest, MapItemWithoutRequiredValueFailsButOptionalKeyMayBeMissing) {
-  it_->addChildAndDescend(1017);
-  it_->setValue(1018, std::string("no key"));
-  it_->up();
-  std::map<std::string, std::string> map;
-  auto reader = MBQReaderMap(1017, MBQReaderRequired, MBQReaderID(MBQReaderValue<std::string>(), 1026, MBQReaderOptional),
-                             MBQReaderID(MBQReaderValue<std::string>(), 1018));
-  EXPECT_EQ(0, reader(*it_, map));
-  EXPECT_EQ((std::map<std::string, std::string>{{"", "no key"}}), map);
-  it_->addChildAndDescend(1017);
-  it_->setValue(1026, std::string("no value"));
-  it_->up();
-  map.clear();
-  EXPECT_EQ(-1, reader(*it_, map));
-}
-
 TEST_F(MBQCodecTest, PutObjectTwiceLeavesOneChild) {
   Port port{"ssh", 22, {}};
   ASSERT_EQ(0, it_->putObject(port, Port::Writer(), 1652));

@@ -139,34 +139,5 @@ TEST_F(KTRTemplateCacheTest, CreateInstanceUsesTheUploadsFolderSharesOneHandleAn
   ::unsetenv("MBQ_UPLOADS_DIR");
 }
 
-TEST_F(KTRTemplateCacheTest, ProcessesShareTemplatesThroughTheFile) {
-  ASSERT_TRUE(KTRTemplateCachePrototype::open(path_));
-  const auto nth = [](int c, int i) { return makeTemplate("t" + std::to_string(c) + "-" + std::to_string(i), c == 0); };
-  MBQ::test::expectCleanExits(MBQ::test::forkChildren(3, [&](int c) {
-    KTRTemplateCachePrototypeSP cache = KTRTemplateCachePrototype::open(path_);
-    if (!cache) return 10;
-    for (int i = 0; i < 30; ++i) {
-      KTRTemplateObject object = nth(c, i);
-      if (c == 0) object.setValue(std::string(5000, 'v'));  // grows the file under the others
-      if (cache->insert(object) != 0) return 11;
-      KTRTemplateObject found;
-      if (cache->lookup(object.getStringID(), found) != 0 || !(found == object)) return 12;
-      if (i % 2 && cache->remove(object.getStringID()) != 0) return 13;
-    }
-    return 0;
-  }));
-  KTRTemplateCacheLogic::Report report;
-  std::vector<std::string> problems;
-  EXPECT_EQ(0, KTRTemplateCacheLogic::checkFile(path_, report, problems)) << problems.front();
-  EXPECT_EQ(45u, report.entries);
-  KTRTemplateCachePrototypeSP cache = KTRTemplateCachePrototype::open(path_);
-  for (int c = 0; c < 3; ++c)
-    for (int i = 0; i < 30; i += 2) {
-      KTRTemplateObject found;
-      ASSERT_EQ(0, cache->lookup(nth(c, i).getStringID(), found)) << nth(c, i).getStringID();
-      EXPECT_EQ(nth(c, i).getName(), found.getName());
-    }
-}
-
 }  // namespace
 }  // namespace KTR
