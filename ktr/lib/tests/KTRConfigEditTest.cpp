@@ -7,22 +7,12 @@
 #include "KTRFunctionality/KTRBashParser.h"
 #include "KTRFunctionality/KTRConfigEdit.h"
 #include "MBQCore/MBQError.h"
-#include "MBQTestSupport.h"
+#include "KTRRecordTesting.h"
 
 namespace KTR {
 namespace {
 
-std::vector<std::string> linesOf(const std::string& text) {
-  std::vector<std::string> lines;
-  std::string::size_type begin = 0;
-  while (begin < text.size()) {
-    std::string::size_type end = text.find('\n', begin);
-    if (end == std::string::npos) end = text.size();
-    lines.push_back(text.substr(begin, end - begin));
-    begin = end + 1;
-  }
-  return lines;
-}
+using testing::linesOf;
 
 TEST(KTRConfigEditTest, RewritesOnlyTheNamedKeysLinesOrRefuses) {
   for (const auto& c : MBQ::test::caseRows(__FILE__, "edits")) {

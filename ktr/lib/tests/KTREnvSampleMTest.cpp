@@ -139,24 +139,6 @@ TEST_F(KTREnvSampleMTest, AConfigurationWithoutResourcesOrAFailingCheckerFails) 
   EXPECT_TRUE(out_.empty());
 }
 
-TEST_F(KTREnvSampleMTest, TheDefaultVocabularyAcceptsTheShippedExample) {
-  // The values of examples/containers/101.conf that the formulas read.
-  const long long kMax = 9223372036854775807LL;
-  const Values values = {
-      MBQQoS("kernelmem", 12582912, 13631488), MBQQoS("dircache", 2621440, 2883584), MBQQoS("privmem", 131072, 139264),
-      MBQQoS("sharedmem", 32768, 32768),       MBQQoS("lockedmem", 512, 512),       MBQQoS("guarmem", 65536, kMax),
-      MBQQoS("oomsafemem", 49152, kMax),       MBQQoS("numproc", 256, 256),         MBQQoS("avnumproc", 192),
-      MBQQoS("openfiles", 8192, 8192),         MBQQoS("filelocks", 256, 288),       MBQQoS("terminals", 32, 32),
-      MBQQoS("tcpsockets", 320, 320),          MBQQoS("othersockets", 320, 320),    MBQQoS("cpuweight", 500),
-      MBQQoS("tcpsendbuf", 1572864, 2424832),  MBQQoS("tcprecvbuf", 1572864, 2424832),
-      MBQQoS("otherbuf", 1048576, 1900544),    MBQQoS("dgramrecvbuf", 196608, 196608),
-      MBQQoS("diskblocks", 4194304, 4718592),  MBQQoS("inodes", 262144, 294912),
-  };
-  vocabulary_ = defaultVocabulary();
-  ASSERT_EQ(0, validate(configWith(values))) << MBQ::getErrorMessage();
-  for (const KTRQoSValidation& r : out_) ADD_FAILURE() << r.getId() << ": " << r.getFormula();
-}
-
 TEST(KTREnvSampleMDeathTest, ANullOutputAborts) {
   EXPECT_DEATH(validateQoSes(nullptr, testing::vocabularyFrom(kVocabulary), configWith(kGood)),
                "assertion failed at ktr/lib/src/KTRFunctionality/KTREnvSampleM:.*validateQoSes");

@@ -32,6 +32,7 @@ void PrintTo(const KTRRecordType& type, std::ostream* out) { *out << type.name; 
 
 namespace {
 
+using testing::linesOf;
 using testing::slurp;
 
 const std::string kRecords = KTR_RECORDS_DIR;
@@ -43,19 +44,12 @@ std::string fileName(std::string name) {
   return name + ".xml";
 }
 
-std::vector<std::string> lines(const std::string& text) {
-  std::vector<std::string> out;
-  std::istringstream in(text);
-  for (std::string line; std::getline(in, line);) out.push_back(line);
-  return out;
-}
-
 // "CLASS: child child? child~ ...": per child of the fixture's root, in order, whether taking
 // it away fails the read (bare name), drops only it (?) or has the writer put a default in its
 // place (~).
 std::map<std::string, std::string> layouts() {
   std::map<std::string, std::string> found;
-  for (const std::string& line : lines(slurp(kRecords + "/layouts.txt"))) {
+  for (const std::string& line : linesOf(slurp(kRecords + "/layouts.txt"))) {
     if (line.empty() || line[0] == '#') continue;
     const auto colon = line.find(": ");
     if (colon != std::string::npos) found[line.substr(0, colon)] = line.substr(colon + 2);
@@ -155,7 +149,7 @@ TEST_P(KTRRecordFixtureTest, FullFormRoundTripsAndEachChildIsRequiredOrDropsAlon
     EXPECT_EQ(fixture, derived.written) << "read through the registry of its base";
   }
 
-  const std::vector<std::string> text = lines(fixture);
+  const std::vector<std::string> text = linesOf(fixture);
   std::string layout;
   for (const Child& child : children(text)) {
     std::string rest;

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -100,6 +101,14 @@ class RecordTest : public ::testing::Test {
 using MBQ::test::LogCapture;
 using MBQ::test::slurp;
 using MBQ::test::TempDir;
+
+// The lines of `text`, without their ends.
+inline std::vector<std::string> linesOf(const std::string& text) {
+  std::vector<std::string> out;
+  std::istringstream in(text);
+  for (std::string line; std::getline(in, line);) out.push_back(line);
+  return out;
+}
 
 // A vocabulary loaded from `text` (the load must succeed).
 inline MBQ::MBQVocMapSP vocabularyFrom(const std::string& text) {
