@@ -142,6 +142,7 @@ TEST(MBQMessageTest, SchemaTypeFailuresAreReported) {
   EXPECT_NE(0, it->getSchemaType(type));
   EXPECT_NE(0, it->setSchemaType(292, 9999));
   EXPECT_NE(0, it->setSchemaType(777, 120));
+  EXPECT_NE(0, it->setSchemaType("", "urn:x")) << "a type needs a name";
   it->up();
   ASSERT_EQ(0, it->descend("c"));
   ASSERT_EQ(0, it->getSchemaType(type));

@@ -116,6 +116,10 @@ TEST_F(KTRConfigFileTest, RefusesWhatIsNotARegularFileAtOnce) {
     EXPECT_EQ(0u, MBQ::getErrorMessage().find("cannot edit " + c.path + ": ")) << MBQ::getErrorMessage();
   }
   ::alarm(0);
+  ASSERT_EQ(0, ::truncate(big.c_str(), static_cast<off_t>(kMaxConfigFileSize)));
+  std::string text;
+  EXPECT_EQ(0, readConfigFile(big, text)) << "a file of the largest size is read";
+  EXPECT_EQ(kMaxConfigFileSize, text.size());
 }
 
 // A writer holding the lock makes the next one wait, for a bounded time; a writer killed while

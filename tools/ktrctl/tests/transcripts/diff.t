@@ -19,12 +19,13 @@ ktrctl: latin1.conf: line 1: the value of HOSTNAME holds bytes that XML cannot c
 (exit 2)
 
 # Only well-formed UTF-8 reaches the XML: U+D7FF, U+E000 and U+10FFFF pass; surrogates, an
-# overlong form, U+110000, U+FFFE and a cut sequence do not.
+# overlong form, U+110000, U+FFFE and a cut sequence do not; of the control characters, a tab
+# passes and the others do not.
 $ for v in '\355\237\277' '\355\240\200' '\355\277\277' '\356\200\200' '\300\200' '\364\217\277\277' \
->          '\364\220\200\200' '\357\277\276' '\303'; do
+>          '\364\220\200\200' '\357\277\276' '\303' '\011' '\001' '\037'; do
 >   printf "HOSTNAME=\"a$v\"\n" > u.conf; ktrctl read u.conf > /dev/null 2>&1; printf '%s ' $?
 > done; echo
-0 2 2 0 2 0 2 2 2 
+0 2 2 0 2 0 2 2 2 0 2 2 
 
 $ ktrctl --vocab absent.xml read a.conf
 ktrctl: absent.xml: can not open: No such file or directory
