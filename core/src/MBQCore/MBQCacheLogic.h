@@ -460,7 +460,8 @@ class MBQCacheLogic : public virtual MBQForkableRefCounter {
     if (total <= storage_->file().size()) return 0;
     std::size_t fileBytes = 0;
     bool removed = false;
-    if (total > sizes_[2] || storage_->file().fileState(fileBytes, removed) != 0 || total > fileBytes) {
+    // A removed file's path may name another file by now: growing means mapping the path again.
+    if (total > sizes_[2] || storage_->file().fileState(fileBytes, removed) != 0 || removed || total > fileBytes) {
       setErrorMessage("cache file %s declares %llu bytes, more than its maximum or its length", path_.c_str(),
                       static_cast<unsigned long long>(total));
       return kCacheRemapFailed;
@@ -542,6 +543,12 @@ class MBQCacheLogic : public virtual MBQForkableRefCounter {
     if (address == nullptr) {
       setErrorMessage("can't map cache file %s at %llu bytes: %s", path_.c_str(),
                       static_cast<unsigned long long>(size), getErrorMessage().c_str());
+      return -1;
+    }
+    // The lock is held on the file mapped so far; a file put in its place since is not ours to
+    // change (its own users lock it, not this one).
+    if (!fresh->file().isSameFile(storage_->file())) {
+      setErrorMessage("cache file %s was replaced while mapped", path_.c_str());
       return -1;
     }
     if (protect_) storage_->file().protect(true);

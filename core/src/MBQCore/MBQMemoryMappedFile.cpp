@@ -152,6 +152,12 @@ int MBQMemoryMappedFile::fileState(std::size_t& bytes, bool& removed) const {
   return 0;
 }
 
+bool MBQMemoryMappedFile::isSameFile(const MBQMemoryMappedFile& other) const {
+  struct stat mine, theirs;
+  return fd_ >= 0 && other.fd_ >= 0 && ::fstat(fd_, &mine) == 0 && ::fstat(other.fd_, &theirs) == 0 &&
+         mine.st_dev == theirs.st_dev && mine.st_ino == theirs.st_ino;
+}
+
 int MBQMemoryMappedFile::lock(bool tryOnly) {
   if (fd_ < 0) {
     setErrorMessage("can't lock: no file mapped");

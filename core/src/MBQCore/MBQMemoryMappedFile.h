@@ -69,6 +69,9 @@ class MBQ_EXPORT MBQMemoryMappedFile {
   // What the file under the mapping is now: its size in `bytes`, and whether it has been
   // removed from its folder (`removed`; the mapping then belongs to an orphan). 0 or -1.
   int fileState(std::size_t& bytes, bool& removed) const;
+  // Whether `other` maps the very file this one maps (same device and inode), not merely one
+  // found at the same path.
+  bool isSameFile(const MBQMemoryMappedFile& other) const;
 
   // Takes the exclusive file lock; with `tryOnly`, gives up at once when another holder has it.
   // Returns 0, or -1 (not mapped, would block with tryOnly, or an I/O error) with the error text.

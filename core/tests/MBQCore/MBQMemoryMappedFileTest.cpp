@@ -75,6 +75,14 @@ TEST_F(MBQMemoryMappedFileTest, TwoObjectsExcludeEachOther) {
   EXPECT_EQ(0, b.lock(true));
   b.close();  // closing drops the lock
   EXPECT_EQ(0, a.lock(true));
+  // Identity is the file's, not the path's: a file put in the removed one's place is another.
+  ASSERT_NE(nullptr, b.map(path_, 4096, tFileMappingOptions()));
+  EXPECT_TRUE(a.isSameFile(b));
+  ASSERT_EQ(0, ::unlink(path_.c_str()));
+  MBQMemoryMappedFile c;
+  ASSERT_NE(nullptr, c.map(path_, 4096, tFileMappingOptions()));
+  EXPECT_FALSE(a.isSameFile(c));
+  EXPECT_FALSE(a.isSameFile(MBQMemoryMappedFile()));
 }
 
 TEST_F(MBQMemoryMappedFileTest, AKilledHolderReleasesTheLock) {
