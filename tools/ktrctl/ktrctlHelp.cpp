@@ -119,7 +119,9 @@ const OptionHelp kOptions[] = {
      "write the whole file as the agent's writer does: every key the record knows rewritten from it, in double "
      "quotes without escaping"},
     {"--wait", "SECONDS", "how long to wait for another writer's lock before giving up (default 10)"},
-    {"--verbose", "", "also report skipped lines, keys and library messages on stderr"},
+    {"--verbose", "",
+     "also report on stderr the keys a read skips and the library's log messages (msg validate: also "
+     "\"FILE: valid\" on stdout)"},
     {"--help", "", "print the usage, or with a command its help (also -h)"},
     {"--version", "", "print the version of ktrctl, and the soname and version of the library it loads"},
 };

@@ -22,6 +22,10 @@ $ printf 'HOSTNAME="h"\nNUMPROC="1:2"\n' > c.conf
 $ ktrctl get c.conf --verbose hostname
 HOSTNAME="h"
 
+# get reads lines; a command that reads the container's record names, with --verbose, the keys it skips.
+$ ktrctl validate --verbose containers/101.conf
+ktrctl: containers/101.conf: unknown key LOCAL_NOTE (skipped)
+
 $ ktrctl set --wait=0.5 c.conf NAME=n
 
 $ ktrctl get c.conf --
