@@ -444,6 +444,18 @@ TEST_F(MBQCacheDamageTest, ARemovedFileIsLetGoAndHeldSnapshotsStayReadable) {
   EXPECT_EQ(0, fresh->lookup(Key("new"), value));
 }
 
+// The file grew under this process's mapping and was then removed: growing the mapping would
+// have to open the path again, which may name another file by now, so the cache lets go.
+TEST_F(MBQCacheLogicTest, AFileThatGrewAndWasRemovedIsLetGo) {
+  CacheSP cache = open(), other = open();
+  ASSERT_EQ(0, other->insert(Key("big"), std::string(100000, 'b')));
+  ASSERT_EQ(0, removeLockedCacheFile(path_, -14));
+  std::string value;
+  EXPECT_EQ(-10, cache->lookup(Key("big"), value));
+  EXPECT_FALSE(cache->isAccessible());
+  EXPECT_NE(std::string::npos, getErrorMessage().find("code -10")) << getErrorMessage();
+}
+
 TEST_F(MBQCacheLogicTest, InsertLookupReplaceRemove) {
   CacheSP cache = open();
   std::string value;
