@@ -96,6 +96,7 @@ TEST_F(MBQMemoryMappedFileTest, AKilledHolderReleasesTheLock) {
     (void)!::write(ready[1], &c, 1);
     for (;;) ::pause();
   }
+  ::close(ready[1]);  // a child that fails before it is ready ends the read below
   char c;
   ASSERT_EQ(1, ::read(ready[0], &c, 1));
   MBQMemoryMappedFile file;
@@ -108,7 +109,6 @@ TEST_F(MBQMemoryMappedFileTest, AKilledHolderReleasesTheLock) {
   EXPECT_EQ(0, file.lock(false));
   ::alarm(0);
   ::close(ready[0]);
-  ::close(ready[1]);
 }
 
 TEST_F(MBQMemoryMappedFileTest, RemovedCacheFileComesBackZeroFilled) {
