@@ -144,31 +144,5 @@ TEST(KTREnvSampleMDeathTest, ANullOutputAborts) {
                "assertion failed at ktr/lib/src/KTRFunctionality/KTREnvSampleM:.*validateQoSes");
 }
 
-// The record itself, which is not in the catalog.
-
-class KTRQoSValidationTest : public testing::RecordTest {};
-
-TEST_F(KTRQoSValidationTest, WritesInLayoutOrderReadsBackAndRequiresIdFormulaAndMessage) {
-  const KTRQoSValidation record({"numproc", "avnumproc"}, 501, "openfiles.soft >= 32 * avnumproc", "too few files");
-  const std::string text = write(record);
-  EXPECT_NE(std::string::npos, text.find("<r><type>501</type><parameter>numproc</parameter><parameter>avnumproc"
-                                         "</parameter><warning>openfiles.soft &gt;= 32 * avnumproc</warning>"
-                                         "<warning_info>too few files</warning_info></r>"))
-      << text;
-  for (const KTRQoSValidation& expected : {record, KTRQoSValidation({}, 1, "f", "i")}) {
-    KTRQoSValidation back;
-    ASSERT_EQ(0, read(write(expected), back));
-    EXPECT_EQ(expected, back);
-  }
-  const std::string full = write(KTRQoSValidation({"n"}, 1, "f", "i"));
-  for (const auto& [from, to] : {std::pair<const char*, const char*>{"<type>1</type>", ""},
-                                 {"<type>1</type>", "<type>x</type>"},
-                                 {"<warning>f</warning>", ""},
-                                 {"<warning_info>i</warning_info>", ""}}) {
-    KTRQoSValidation back;
-    EXPECT_EQ(-1, read(replaced(full, from, to), back)) << from << " -> " << to;
-  }
-}
-
 }  // namespace
 }  // namespace KTR

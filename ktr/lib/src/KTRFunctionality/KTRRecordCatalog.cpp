@@ -5,6 +5,7 @@
 #include "KTRFunctionality/KTREnv.h"
 #include "KTRFunctionality/KTREnvConfig.h"
 #include "KTRFunctionality/KTREnvMRecords.h"
+#include "KTRFunctionality/KTREnvSampleM.h"
 #include "KTRFunctionality/KTRHardDisk.h"
 #include "KTRFunctionality/KTRHqStat.h"
 #include "KTRFunctionality/KTRMigrator.h"
@@ -154,6 +155,7 @@ std::vector<KTRRecordType> buildCatalog() {
       record<KTRUGIDQuotaGracePeriod>("KTRUGIDQuotaGracePeriod", types, "ugid_quota_grace_periodType"),
       record<KTRUGIDQuotaInfo>("KTRUGIDQuotaInfo", types, "ugid_quota_infoType"),
       record<KTRScript>("KTRScript", types, "scriptType"),
+      record<KTRQoSValidation>("KTRQoSValidation", types, "qos_validationType"),
       // Statistics and support.
       record<KTRQuotaInfo>("KTRQuotaInfo", types, "quota_infoType"),
       record<KTRQuotaStats>("KTRQuotaStats", types, "quota_statsType"),
