@@ -5,31 +5,17 @@
 #include <algorithm>
 #include <cstring>
 #include <iterator>
-#include <map>
-#include <memory>
 #include <string>
 #include <vector>
 
-#include "KTRRecordTesting.h"
 #include "MBQMessage/MBQDerivedParsers.h"
 #include "MBQMessage/MBQMessage.h"
 
-// Round trips and required children of these records are the catalog's (KTRRecordCatalogTest).
+// Round trips and required children of these records are the catalog's (KTRRecordCatalogTest);
+// how a template configuration reads its packages and settings is ktrctl's (msg-update.t).
 
 namespace KTR {
 namespace {
-
-class KTRTEMTest : public testing::RecordTest {};
-
-KTRTemplateConfigInfo configInfo() {
-  KTRTemplateConfigInfo info;
-  info.setVersionText("7.0-1");
-  info.setName("centos-7-x86_64");
-  info.setSettings({{"OSTEMPLATE", "centos-7"}, {"PKG_MANAGER", "yum"}});
-  info.setPackages({{"bash", KTRPackage("bash", "4.2")}, {"yum", KTRPackage("yum")}});
-  info.setTechnologies({"x86_64", "hqfs"});
-  return info;
-}
 
 TEST(KTRArchitectureSelectorTest, AcceptsExactlyTheSupportedNamesFromASortedTable) {
   const auto& table = KTRArchitectureSelector::SUPPORTED;
@@ -79,28 +65,10 @@ TEST(KTRArchitectureSelectorTest, ArchitectureIsTheFirstSupportedTechnologyAndAn
 
 // How the registry picks a class is the core's (MBQDerivedParsersTest); the templates' own
 // registrations are the catalog's.
-TEST_F(KTRTEMTest, PackageRegistryHasNoDefaultAndNoWriterForTheBase) {
+TEST(KTRTEMTest, PackageRegistryHasNoDefaultAndNoWriterForTheBase) {
   EXPECT_EQ(nullptr, MBQ::MBQDerivedParserFactory<MBQ::MBQPackage>::defaultFactory());
   MBQ::MBQMessage message;
   EXPECT_EQ(-1, MBQ::MBQWriterDerived<MBQ::MBQPackage>()(*message.iterator(), MBQ::MBQPackage("p", "1")));
-}
-
-TEST_F(KTRTEMTest, ConfigInfoPackagesAreKeyedByTheirNames) {
-  KTRTemplateConfigInfo info = configInfo();
-  info.setPackages({{"shell", KTRPackage("bash")}, {"z", KTRPackage("bash", "5")}});
-  KTRTemplateConfigInfo back;
-  ASSERT_EQ(0, read(write(info), back));
-  ASSERT_EQ(1u, back.getPackages().size());
-  EXPECT_EQ(KTRPackage("bash"), back.getPackages().at("bash")) << "the first package of a name is kept";
-}
-
-TEST_F(KTRTEMTest, ConfigInfoBrokenPackageFailsTheRecordButABrokenSettingEndsTheSettings) {
-  const std::string text = write(configInfo());
-  KTRTemplateConfigInfo back;
-  EXPECT_EQ(-1, read(replaced(text, "<key>yum</key>", ""), back));
-  ASSERT_EQ(0, read(replaced(text, "<value>yum</value>", ""), back));
-  EXPECT_EQ((std::map<std::string, std::string>{{"OSTEMPLATE", "centos-7"}}), back.getSettings());
-  EXPECT_EQ(configInfo().getTechnologies(), back.getTechnologies()) << "reading goes on after the map";
 }
 
 }  // namespace
