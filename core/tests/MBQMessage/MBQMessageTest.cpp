@@ -156,13 +156,14 @@ TEST(MBQMessageTest, NamespacesAreDeclaredOnceAndResetByZero) {
   it->setValue("a", 1);
   it->addChildAndDescend("b");
   it->setValue("c", 2);
+  EXPECT_EQ(0, it->setElementNamespace(0));  // b itself leaves the namespace; c stays in it
   it->up();
   ASSERT_EQ(0, it->setNamespace(0));
   it->setValue("d", 3);
   EXPECT_NE(0, it->setNamespace(12345));
   const std::string text = message.toString();
   EXPECT_NE(std::string::npos, text.find("<ktr:a>1</ktr:a>")) << text;
-  EXPECT_NE(std::string::npos, text.find("<ktr:c>2</ktr:c>")) << text;
+  EXPECT_NE(std::string::npos, text.find("<b><ktr:c>2</ktr:c></b>")) << text;
   EXPECT_NE(std::string::npos, text.find("<d>3</d>")) << text;
   EXPECT_EQ(text.find("xmlns:ktr"), text.rfind("xmlns:ktr")) << text;
 }

@@ -170,7 +170,9 @@ TEST_F(KTREnvConfigTest, FeatureItemsNeedAValueButNotAKey) {
   it.addChildAndDescend("features");
   it.setValue(1018, std::string("keyless"));
   it.up();
-  MBQOptionalProperty<std::map<std::string, std::string>> features;
+  MBQOptionalProperty<std::map<std::string, std::string>> features(std::map<std::string, std::string>{{"s", "x"}});
+  ASSERT_EQ(0, config.getDevNodes(features));  // none: read as unspecified, not as a failure
+  EXPECT_FALSE(features.isSpecified());
   ASSERT_EQ(0, config.getFeatures(features));
   EXPECT_TRUE(features.isSpecified());
   EXPECT_EQ((std::map<std::string, std::string>{{"", "keyless"}}), features.get());

@@ -66,8 +66,13 @@ ktrctl: --dry-run does not apply to msg types (see ktrctl help msg types)
 ktrctl: --dry-run does not apply to cache stat (see ktrctl help cache stat)
 (exit 2)
 
-$ ktrctl set --wait soon c.conf A=1
+# --wait takes seconds from 0 (do not wait) to 86400.
+$ touch w.conf && for wait in 0 86400; do ktrctl set --wait $wait w.conf NAME=n || echo "--wait $wait: refused"; done
+
+$ for wait in soon -0.5 86400.5; do ktrctl set --wait $wait w.conf A=1; done
 ktrctl: --wait needs a number of seconds from 0 to 86400, not 'soon'
+ktrctl: --wait needs a number of seconds from 0 to 86400, not '-0.5'
+ktrctl: --wait needs a number of seconds from 0 to 86400, not '86400.5'
 (exit 2)
 
 $ ktrctl help frobnicate
