@@ -57,7 +57,9 @@ int getFile(const std::string& kind, const std::set<std::string>& known, const A
     if (container && known.count(MBQ::toLower(name)) == 0)
       return fail(path + ": unknown key " + MBQ::toUpper(name) + " (raw get reads any key)");
     const KTR::KTRAssignmentLine* line = nullptr;
-    const int rc = KTR::findAssignment(scan, name, line);
+    // The agent's reader of the global file keeps a key's first value, where bash keeps the last.
+    const int rc =
+        kind == "global" ? KTR::findGlobalAssignment(scan, name, line) : KTR::findAssignment(scan, name, line);
     if (rc == KTR::kKeyWithoutValue) {
       status = kNegative;
       continue;

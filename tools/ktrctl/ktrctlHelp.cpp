@@ -74,10 +74,12 @@ const CommandHelp kCommands[] = {
      "given; a KEY the file spells in another case is refused (bash would read two variables).",
      "--dry-run --wait"},
     {"global get", "FILE [KEY...]", "print values of the node's global configuration file",
-     "As raw get, for the node's global configuration file.", ""},
+     "As raw get, but with the value the agent reads: of a key assigned more than once, the first (the last for "
+     "LOCKDIR and TEMPLATE, as bash reads them).",
+     ""},
     {"global set", "FILE KEY=VALUE...", "change values of the node's global configuration file",
-     "As raw set, and the file must still read as the agent's global file afterwards. Appended keys are written "
-     "upper case.",
+     "As raw set, but a KEY is matched in any spelling, as the agent matches it, and appended keys are written "
+     "upper case. Every line assigning a KEY is rewritten, so the agent and bash read the same value.",
      "--dry-run --wait"},
     {"cache stat", "[PATH]", "print the shared template cache's header and heap figures",
      "Reads the template cache file (PATH, default template.cache in the uploads folder: $MBQ_UPLOADS_DIR, else "

@@ -3,12 +3,15 @@
 #include <gtest/gtest.h>
 
 #include <map>
+#include <random>
 #include <sstream>
 #include <string>
 #include <vector>
 
 #include "KTRFunctionality/KTRBashParser.h"
+#include "KTRFunctionality/KTRConfigEdit.h"
 #include "KTRFunctionality/KTRVtSettings.h"
+#include "MBQCore/MBQString.h"
 
 namespace KTR {
 namespace {
@@ -58,6 +61,42 @@ TEST(KTRHQConfigBashParserTest, KeepsEveryAssignmentRawAndInterpretsTheDirectori
   EXPECT_FALSE(settings.getOfflineServices().isSpecified());
 
   EXPECT_EQ(MBQ::MBQOptionalProperty<std::string>(""), read("TEMPLATE=\n").getTemplateDir());
+}
+
+// ktrctl reads the global file as text; what it finds for a key must be what this parser reads,
+// over files that assign keys several times, in several spellings and in forms it does not take.
+TEST(KTRHQConfigBashParserTest, TheTextEditorFindsTheValueTheParserReads) {
+  std::mt19937 random(20261126);
+  const std::vector<std::string> keys = {"LOCKDIR", "template", "Agent_Log", "X"};
+  const std::vector<std::string> forms = {"K=a", "k='b c'", "K=\"$d\"", "K=$(cmd)", "export K=e", "K=", "# K=f"};
+  for (int round = 0; round < 300; ++round) {
+    std::string text;
+    for (int i = static_cast<int>(random() % 6); i > 0; --i) {
+      std::string line = forms[random() % forms.size()];
+      const std::string& key = keys[random() % keys.size()];
+      const auto at = line.find_first_of("Kk");
+      line.replace(at, 1, key);
+      text += line + "\n";
+    }
+    KTRConfigText scan;
+    scanConfigText(text, scan);
+    const KTRVtSettings settings = read(text);
+    for (const std::string& key : keys) {
+      const KTRAssignmentLine* found = nullptr;
+      const int rc = findGlobalAssignment(scan, key, found);
+      const std::string lower = MBQ::toLower(key);
+      MBQ::MBQOptionalProperty<std::string> parsed = lower == "lockdir"    ? settings.getLockDir()
+                                                     : lower == "template" ? settings.getTemplateDir()
+                                                                           : MBQ::MBQOptionalProperty<std::string>();
+      if (lower != "lockdir" && lower != "template" && settings.getSettingsMap().count(lower) != 0)
+        parsed = settings.getSettingsMap().at(lower);
+      if (rc == 0) {
+        EXPECT_EQ(MBQ::MBQOptionalProperty<std::string>(found->value), parsed) << key << " in\n" << text;
+      } else if (rc == kKeyWithoutValue) {
+        EXPECT_FALSE(parsed.isSpecified()) << key << " in\n" << text;
+      }
+    }
+  }
 }
 
 TEST(KTRHQConfigBashParserTest, OfflineServicesSwitchTheKnownServicesOnlyAndWriteBackInListOrder) {

@@ -120,20 +120,42 @@ int checkConfigText(const KTRConfigText& scan) {
   return 0;
 }
 
+namespace {
+
+int notRead(const KTRAssignmentLine& line) {
+  MBQ::setErrorMessage("line %lu assigns %s in a form that is not read (an expansion or a command)", line.line,
+                       line.name.c_str());
+  return -1;
+}
+
+}  // namespace
+
 int findAssignment(const KTRConfigText& scan, const std::string& name, const KTRAssignmentLine*& found) {
   const std::string key = MBQ::toLower(name);
   const KTRAssignmentLine* last = nullptr;
   for (const KTRAssignmentLine& line : scan.assignments)
     if (MBQ::toLower(line.name) == key) last = &line;
-  for (const KTRAssignmentLine& line : scan.unreadable) {
-    if (MBQ::toLower(line.name) == key && (last == nullptr || line.line > last->line)) {
-      MBQ::setErrorMessage("line %lu assigns %s in a form that is not read (an expansion or a command)", line.line,
-                           line.name.c_str());
-      return -1;
-    }
-  }
+  for (const KTRAssignmentLine& line : scan.unreadable)
+    if (MBQ::toLower(line.name) == key && (last == nullptr || line.line > last->line)) return notRead(line);
   if (last == nullptr) return kKeyWithoutValue;
   found = last;
+  return 0;
+}
+
+int findGlobalAssignment(const KTRConfigText& scan, const std::string& name, const KTRAssignmentLine*& found) {
+  const std::string key = MBQ::toLower(name);
+  if (key == "lockdir" || key == "template") return findAssignment(scan, name, found);
+  const KTRAssignmentLine* first = nullptr;
+  for (const KTRAssignmentLine& line : scan.assignments) {
+    if (MBQ::toLower(line.name) == key) {
+      first = &line;
+      break;
+    }
+  }
+  for (const KTRAssignmentLine& line : scan.unreadable)
+    if (MBQ::toLower(line.name) == key && (first == nullptr || line.line < first->line)) return notRead(line);
+  if (first == nullptr) return kKeyWithoutValue;
+  found = first;
   return 0;
 }
 

@@ -49,6 +49,13 @@ KTR_EXPORT int checkConfigText(const KTRConfigText& scan);
 // (bash's value then depends on what the line runs).
 KTR_EXPORT int findAssignment(const KTRConfigText& scan, const std::string& name, const KTRAssignmentLine*& found);
 
+// The value the agent's reader of the node's global file takes for `name`: the first line
+// assigning it (the file's settings keep their first value), but for LOCKDIR and TEMPLATE the
+// last, as findAssignment gives it. Returns as findAssignment does; -1 when the line that decides
+// is unreadable (for the first line: an unreadable line before any readable one).
+KTR_EXPORT int findGlobalAssignment(const KTRConfigText& scan, const std::string& name,
+                                    const KTRAssignmentLine*& found);
+
 // One change of an edit: `name` gets `value`.
 struct KTRNamedValue {
   std::string name;
