@@ -56,3 +56,7 @@ ktrctl: cmd.conf: line 1 assigns LOCKDIR in a form that is not rewritten (an exp
 ktrctl: --as-agent does not apply to global set (see ktrctl help global set)
 
 $ cmp cmd.before cmd.conf
+
+# The agent keeps a key's first value, so a command on a later line changes nothing it reads.
+$ printf 'AGENT_LOG=/a\nAGENT_LOG="$(pwd)"\n' > late.conf && ktrctl global get late.conf AGENT_LOG
+AGENT_LOG="/a"
