@@ -4,6 +4,10 @@
 # Most files below hold values in single quotes, so that a line the agent rewrites shows by its
 # double quotes; --verbose would name any key whose value a read did not take.
 
+# What read prints is a message valid against the published schemas, whatever order the file
+# sets the core's properties in (the shipped files set HOSTNAME before NAME).
+$ for ct in containers/*.conf; do ktrctl read $ct > ct.xml && ktrctl msg validate ct.xml || echo "$ct: not valid"; done
+
 # A file of the usual kind written back by the agent: only the form of values changes (quotes,
 # blanks in a list) and the architecture TECHNOLOGIES gives is added as ARCH. A second write
 # changes nothing more.
