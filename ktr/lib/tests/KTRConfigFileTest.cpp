@@ -1,4 +1,3 @@
-#include <pwd.h>
 #include <signal.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -48,13 +47,11 @@ class KTRConfigFileTest : public ::testing::Test {
   const std::string dir_ = folder_.path();
 };
 
-TEST_F(KTRConfigFileTest, CommitReplacesTheTextAndKeepsTheFilesAttributes) {
+// That a set keeps the file's owner, group and mode, set-id bits included, leaves nothing beside
+// it and follows a symbolic link is shown by ktrctl in set.t; extended attributes need tools a
+// transcript cannot count on.
+TEST_F(KTRConfigFileTest, CommitReplacesTheTextAndKeepsExtendedAttributes) {
   const std::string path = write("ve.conf", "OLD=\"1\"\n");
-  const bool root = ::geteuid() == 0;
-  if (root) {
-    ASSERT_EQ(0, ::chown(path.c_str(), 65534, 65534));
-  }
-  ASSERT_EQ(0, ::chmod(path.c_str(), 06750));
   const bool xattrs = ::setxattr(path.c_str(), "user.origin", "ops", 3, 0) == 0 &&
                       ::setxattr(path.c_str(), "user.team", "net", 3, 0) == 0;
   KTRConfigFileEdit edit;
@@ -62,12 +59,6 @@ TEST_F(KTRConfigFileTest, CommitReplacesTheTextAndKeepsTheFilesAttributes) {
   EXPECT_EQ("OLD=\"1\"\n", edit.text());
   ASSERT_EQ(0, edit.commit("NEW=\"2\"\n")) << MBQ::getErrorMessage();
   EXPECT_EQ("NEW=\"2\"\n", read(path));
-  struct stat info;
-  ASSERT_EQ(0, ::stat(path.c_str(), &info));
-  EXPECT_EQ(06750u, info.st_mode & 07777) << "set-id bits survive the change of owner";
-  if (root) {
-    EXPECT_EQ(65534u, info.st_uid);
-  }
   if (xattrs) {
     char value[8] = {};
     EXPECT_EQ(3, ::getxattr(path.c_str(), "user.origin", value, sizeof value));
@@ -75,24 +66,9 @@ TEST_F(KTRConfigFileTest, CommitReplacesTheTextAndKeepsTheFilesAttributes) {
     EXPECT_EQ(3, ::getxattr(path.c_str(), "user.team", value, sizeof value));
     EXPECT_STREQ("net", value);
   }
-  EXPECT_EQ("ve.conf ", listing()) << "nothing is left beside the file";
 }
 
-// The target has the longest name a file may have: its temporary must still fit.
-TEST_F(KTRConfigFileTest, ASymbolicLinkIsFollowedAndStaysALink) {
-  const std::string name(255, 'n');
-  const std::string target = write(name, "A=1\n");
-  const std::string link = dir_ + "/link.conf";
-  ASSERT_EQ(0, ::symlink(name.c_str(), link.c_str()));
-  KTRConfigFileEdit edit;
-  ASSERT_EQ(0, edit.begin(link, 1000)) << MBQ::getErrorMessage();
-  ASSERT_EQ(0, edit.commit("A=2\n"));
-  struct stat info;
-  ASSERT_EQ(0, ::lstat(link.c_str(), &info));
-  EXPECT_TRUE(S_ISLNK(info.st_mode));
-  EXPECT_EQ("A=2\n", read(target));
-}
-
+// The reasons a read gives, and a file of the largest size read, are shown by ktrctl in get.t.
 TEST_F(KTRConfigFileTest, RefusesWhatIsNotARegularFileAtOnce) {
   const std::string fifo = dir_ + "/fifo";
   ASSERT_EQ(0, ::mkfifo(fifo.c_str(), 0644));
@@ -109,17 +85,12 @@ TEST_F(KTRConfigFileTest, RefusesWhatIsNotARegularFileAtOnce) {
   for (const auto& c : cases) {
     std::string text = "kept";
     EXPECT_EQ(-1, readConfigFile(c.path, text)) << c.path;
-    EXPECT_NE(std::string::npos, MBQ::getErrorMessage().find(c.reason)) << MBQ::getErrorMessage();
     EXPECT_EQ("kept", text);
     KTRConfigFileEdit edit;
     EXPECT_EQ(-1, edit.begin(c.path, 0)) << c.path;
-    EXPECT_EQ(0u, MBQ::getErrorMessage().find("cannot edit " + c.path + ": ")) << MBQ::getErrorMessage();
+    EXPECT_EQ(0u, MBQ::getErrorMessage().find("cannot edit " + c.path + ": " + c.reason)) << MBQ::getErrorMessage();
   }
   ::alarm(0);
-  ASSERT_EQ(0, ::truncate(big.c_str(), static_cast<off_t>(kMaxConfigFileSize)));
-  std::string text;
-  EXPECT_EQ(0, readConfigFile(big, text)) << "a file of the largest size is read";
-  EXPECT_EQ(kMaxConfigFileSize, text.size());
 }
 
 // A writer holding the lock makes the next one wait, for a bounded time; a writer killed while
@@ -187,26 +158,6 @@ TEST_F(KTRConfigFileTest, ReplaceCreatesOrReplacesAndAFailureLeavesTheOldFile) {
   EXPECT_EQ(-1, replaceConfigFile(dir_ + "/missing/ve.conf", "X"));
   EXPECT_EQ("A=2\n", read(fresh));
   EXPECT_EQ("blocked new.conf ", listing()) << "no temporary file is left behind";
-}
-
-TEST(KTRConfigFileAssignmentTest, SplitsAtTheFirstEquals) {
-  const struct {
-    const char* text;
-    int rc;
-    const char* key;
-    const char* value;
-  } cases[] = {
-      {"A=1", 0, "A", "1"}, {"A==1", 0, "A", "=1"}, {"A=", 0, "A", ""},
-      {"=1", -1, "", ""},   {"A", -1, "", ""},      {"", -1, "", ""},
-  };
-  for (const auto& c : cases) {
-    std::string key, value;
-    EXPECT_EQ(c.rc, splitAssignment(c.text, key, value)) << c.text;
-    if (c.rc == 0) {
-      EXPECT_EQ(c.key, key);
-      EXPECT_EQ(c.value, value);
-    }
-  }
 }
 
 }  // namespace

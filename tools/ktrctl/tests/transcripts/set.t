@@ -1,5 +1,6 @@
 # set changes the lines of the keys named and nothing else, whatever the record would write for
-# the other lines; a new key goes at the end.
+# the other lines; a new key goes at the end. The file is replaced whole, keeping its owner and
+# mode, through a symbolic link if it is one.
 
 $ cat > c.conf <<'END'
 > NETIF="ifname=eth0,mac=02:00:00:00:00:01,note=uplink,ip=10.0.0.5/24"
@@ -98,3 +99,93 @@ $ sed -n '/^LOCAL/d; s/^\([A-Z_]*\)="\(.*\)"$/\1=\2/p' containers/101.conf > val
 47
 
 $ tr '\n' '\0' < values | xargs -0 ktrctl set containers/101.conf && cmp 101.before containers/101.conf
+
+# A value is changed in place, keeping the comment after it. global set takes a key in any
+# spelling and appends a new one upper case; raw set appends a new key as given, and refuses a
+# key the file spells otherwise.
+$ printf '# c\nA='\''x'\''  # note\nB=2\n' > q.conf && ktrctl global set q.conf a=y new=v && cat q.conf
+# c
+A="y"  # note
+B=2
+NEW="v"
+
+$ printf 'B=2\n' > g.conf && ktrctl raw set g.conf new=v && cat g.conf
+B=2
+new="v"
+
+$ printf 'Path=1\n' > p.conf && ktrctl raw set p.conf PATH=2
+ktrctl: p.conf: line 1 spells PATH as Path; give the key as the file spells it
+(exit 2)
+
+# The value is all after the first "=", and may be empty.
+$ printf 'A=1\nB=2\n' > v.conf && ktrctl raw set v.conf A= B==1 && cat v.conf
+A=""
+B="=1"
+
+$ for item in =1 A ''; do ktrctl raw set v.conf "$item"; test $? = 2 || echo "'$item': not refused"; done
+ktrctl: '=1' is not KEY=VALUE
+ktrctl: 'A' is not KEY=VALUE
+ktrctl: '' is not KEY=VALUE
+
+# What bash would expand is escaped, but for the container-id placeholder $VEID.
+$ : > e.conf && ktrctl raw set e.conf 'A=$x `y` "z" \w' 'R=/r/$VEID $VEIDX' && cat e.conf
+A="\$x \`y\` \"z\" \\w"
+R="/r/$VEID \$VEIDX"
+
+# A missing final newline stays missing, unless a key is appended after the last line.
+$ printf 'A=1\nB=2' > n.conf && cp n.conf n.before && ktrctl raw set n.conf A=3 && diff n.before n.conf
+1c1
+< A=1
+---
+> A="3"
+(exit 1)
+
+$ printf 'A=1' > n.conf && ktrctl raw set n.conf B=2 && cat n.conf
+A=1
+B="2"
+
+# "A-=1" is a command, not an assignment of A: A is appended.
+$ printf 'A-=1\n' > m.conf && ktrctl raw set m.conf A=2 && cat m.conf
+A-=1
+A="2"
+
+# A key the file assigns through a command, export, local or +=, and any key of a file whose
+# quotes do not close, is refused; the files stay as they were.
+$ mkdir refused && printf 'A=$(date)\n' > refused/command.conf && printf 'export A=1\n' > refused/export.conf &&
+> printf 'B=1\n  local -r  A=1\n' > refused/local.conf && printf 'A=1\nA+=2\n' > refused/append.conf &&
+> printf 'B=1\nA="x\n' > refused/open.conf && cp -R refused refused.before
+
+$ for f in command export local append; do
+>   ktrctl raw set refused/$f.conf A=1; test $? = 2 || echo "$f.conf: not refused"
+> done
+ktrctl: refused/command.conf: line 1 assigns A in a form that is not rewritten (an expansion or a command)
+ktrctl: refused/export.conf: line 1 assigns A in a form that is not rewritten (an expansion or a command)
+ktrctl: refused/local.conf: line 2 assigns A in a form that is not rewritten (an expansion or a command)
+ktrctl: refused/append.conf: line 2 assigns A in a form that is not rewritten (an expansion or a command)
+
+$ ktrctl raw set refused/open.conf B=1
+ktrctl: refused/open.conf: line 2: the value is not closed on its line
+(exit 2)
+
+$ diff -r refused.before refused
+
+# set replaces the file rather than writing into it: a hard link to the old file keeps the old
+# text. The new file has the old one's owner, group and mode, set-id bits included, and nothing
+# is left beside it. (Run as root, the file first goes to another owner, who must be kept.)
+$ mkdir attr && printf 'OLD="1"\n' > attr/ve.conf && { test "$(id -u)" != 0 || chown 65534:65534 attr/ve.conf; } &&
+> chmod 6750 attr/ve.conf && ln attr/ve.conf ve.old && stat -c '%a %u:%g' attr/ve.conf > ve.stat && stat -c %a attr/ve.conf
+6750
+
+$ ktrctl raw set attr/ve.conf OLD=2 && cat attr/ve.conf ve.old && stat -c '%a %u:%g' attr/ve.conf | cmp ve.stat - &&
+> ls -A attr
+OLD="2"
+OLD="1"
+ve.conf
+
+# A symbolic link is followed: the file it names is replaced and the link stays a link, also
+# when that file's name is as long as a name may be (255 bytes).
+$ mkdir links && long=$(printf '%0255d' 0 | tr 0 n) && printf 'A=1\n' > links/$long && ln -s $long links/ve.conf &&
+> ktrctl raw set links/ve.conf A=2 && stat -c %F links/ve.conf && cat links/$long && ls -A links | wc -l
+symbolic link
+A="2"
+2
