@@ -30,6 +30,9 @@ int expandFiles(const Args& paths, Args& files) {
       if (name.size() > 5 && name.compare(name.size() - 5, 5, ".conf") == 0 && name[0] != '.') names.push_back(name);
     }
     ::closedir(folder);
+    // A folder without a single file is most likely the wrong folder: saying nothing would
+    // look like success.
+    if (names.empty()) return fail("the folder " + path + " holds no *.conf file");
     std::sort(names.begin(), names.end());
     const std::string prefix = path.back() == '/' ? path : path + "/";
     for (const std::string& name : names) add(prefix + name);

@@ -76,6 +76,9 @@ int getFile(const std::string& kind, const std::set<std::string>& known, const A
 }  // namespace
 
 int getCommand(const Options& options, const std::string& kind, const Args& files, const Args& keys) {
+  // A path given without -- before it would otherwise pass for a key that is never set.
+  for (const std::string& key : keys)
+    if (!KTR::isShellName(key)) return fail("'" + key + "' is not a key name (letters, digits and _)");
   std::set<std::string> known;
   if (kind == "container") {
     if (int rc = containerKeys(options, known)) return rc;

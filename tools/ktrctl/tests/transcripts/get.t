@@ -96,3 +96,16 @@ ktrctl: dos.conf: line 1 ends in a carriage return (DOS line ends), which bash r
 (exit 2)
 
 $ cmp dos.before dos.conf
+
+# A folder with no *.conf file in it is most likely the wrong one, and a path given where keys go
+# (several files need -- before the keys) is no key: both are errors rather than silence.
+$ mkdir nothing && for command in 'raw get nothing' 'set nothing -- HOSTNAME=h' 'check nothing'; do
+>   ktrctl $command; test $? = 2 || echo "$command: not refused"
+> done
+ktrctl: the folder nothing holds no *.conf file
+ktrctl: the folder nothing holds no *.conf file
+ktrctl: the folder nothing holds no *.conf file
+
+$ ktrctl raw get dos.before containers/101.conf
+ktrctl: 'containers/101.conf' is not a key name (letters, digits and _)
+(exit 2)
