@@ -70,6 +70,8 @@ int checkCommand(const Options& options, const Args& files) {
       findings[i].push_back({1, "cannot be read as a container: " + report.validationError});
       continue;
     }
+    for (const auto& [key, misread] : report.misread)
+      findings[i].push_back({lineOf(scan, key), MBQ::toUpper(key) + ": " + misread});
     if (report.validation == kError)
       findings[i].push_back({1, "resource values cannot be validated: " + report.validationError});
     for (const Finding& violation : report.violations) {

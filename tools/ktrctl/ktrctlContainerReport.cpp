@@ -78,6 +78,7 @@ int inspectContainer(Session& session, const std::string& path, const std::strin
     return kError;
   }
   collectIdentities(config, id, report.identities);
+  report.misread = misreadings(session, config, text);
   report.validation = validateConfig(session, path, config, report.violations);
   if (report.validation == kError) report.validationError = capture.message();
   return kOk;

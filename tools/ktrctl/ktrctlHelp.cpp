@@ -59,7 +59,7 @@ const CommandHelp kCommands[] = {
      "--vocab"},
     {"check", "[CONF|DIR...]", "report every inconsistency of a node's container files",
      "Prints one line per finding, \"FILE:LINE: what\": lines that are not readable assignments, keys assigned "
-     "again, violated formulas (at the line of the first parameter the formula reads), and values two containers "
+     "again, values the agent would read as something else (as set refuses them), violated formulas (at the line of the first parameter the formula reads), and values two containers "
      "hold: an IPv4 or IPv6 address, a MAC address, a UUID, a hostname, a disk image or a private area ($VEID "
      "standing for the file's name without .conf), reported at the later container with the file and line "
      "holding it first. Files come in the order given, folders as their *.conf files in name order; the default "

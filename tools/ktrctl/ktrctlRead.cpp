@@ -10,6 +10,7 @@
 #include <string>
 
 #include "KTRFunctionality/KTRBashParser.h"
+#include "KTRFunctionality/KTRConfigEdit.h"
 #include "KTRFunctionality/KTRConfigFile.h"
 #include "KTRFunctionality/KTRVocabulary.h"
 #include "MBQCore/MBQError.h"
@@ -89,14 +90,13 @@ std::string canonicalAtom(const std::string& atom) {
   return buffer;
 }
 
-// A value as a sorted list of items, each a sorted list of its pieces (items are separated by
-// blanks or ";", pieces by "," and ":"): two values with the same canonical form say the same
-// thing, whatever the order or spelling the record writes them in.
-std::string canonicalValue(const std::string& value) {
+// A value as its items (separated by blanks or ";"), each the sorted list of its pieces
+// (separated by "," and, within a piece, parts by ":"), every part canonical.
+std::vector<std::vector<std::string>> canonicalItems(const std::string& value) {
   std::string spaced = value;
   std::replace(spaced.begin(), spaced.end(), ';', ' ');
   std::istringstream words(spaced);
-  std::vector<std::string> items;
+  std::vector<std::vector<std::string>> items;
   std::string item;
   while (words >> item) {
     std::vector<std::string> pieces;
@@ -118,14 +118,26 @@ std::string canonicalValue(const std::string& value) {
       begin = end + 1;
     }
     std::sort(pieces.begin(), pieces.end());
-    std::string joined;
-    for (const std::string& piece : pieces) joined += piece + ",";
-    items.push_back(joined);
+    items.push_back(pieces);
   }
-  std::sort(items.begin(), items.end());
-  std::string all;
-  for (const std::string& one : items) all += one + " ";
-  return all;
+  return items;
+}
+
+// Whether `written` says everything `value` says: as many items, each item of `value` with all
+// its pieces in an item of its own in `written`, whatever the order. The written form may add
+// pieces (a NETIF item's defaults, a disk's empty uuid) but never lose or change one.
+bool saysAllOf(const std::string& written, const std::string& value) {
+  const auto given = canonicalItems(value);
+  auto found = canonicalItems(written);
+  if (given.size() != found.size()) return false;
+  for (const auto& pieces : given) {
+    auto holder = std::find_if(found.begin(), found.end(), [&](const std::vector<std::string>& candidate) {
+      return std::includes(candidate.begin(), candidate.end(), pieces.begin(), pieces.end());
+    });
+    if (holder == found.end()) return false;
+    found.erase(holder);
+  }
+  return true;
 }
 
 // The record's part of a read that the parser's getConfig does after the lines.
@@ -158,6 +170,26 @@ bool isContainerKey(const Session& session, const std::string& key) {
   return get.get(key, value) != KTR::kUnknownKey;
 }
 
+namespace {
+
+// What the record holds (`written`, as its getter gave it) when that does not say all `value`
+// says, else empty.
+std::string misreading(const std::string& key, const std::string& written, const std::string& value) {
+  // TECHNOLOGIES is read by the agent but never written: there is nothing to compare with.
+  if (key == "technologies" || saysAllOf(written, value)) return "";
+  return "the agent would read this as \"" + written + "\"";
+}
+
+// An integer resource in its declared form is held exactly, so only other values need the
+// record's rendering (reading a resource back searches the record's whole list).
+bool heldExactly(const Parser::QoSMap& resources, const std::string& key, const std::string& value) {
+  auto resource = resources.find(key);
+  return resource != resources.end() && resource->second.declaration.complexity == 1 &&
+         valueIsValid(resources, key, value);
+}
+
+}  // namespace
+
 int checkValue(const Session& session, const std::string& path, const std::string& key, const std::string& value) {
   const std::string what = path + ": " + upper(key) + "=" + value + ": ";
   if (!isContainerKey(session, key)) return fail(path + ": unknown key " + upper(key) + " (raw set sets any key)");
@@ -168,14 +200,31 @@ int checkValue(const Session& session, const std::string& path, const std::strin
   KTR::KTREnvConfig probe;
   Parser::ParameterParserPut put(probe, session.parser->getQoSMap());
   if (put.put(key, value.c_str()) != 0 || finishRead(put, probe) != 0) return fail(what + "the value does not parse");
-  // TECHNOLOGIES is read by the agent but never written: there is nothing to compare with.
-  if (key == "technologies") return kOk;
   Parser::ParameterParserGet get(probe, session.parser->getQoSMap());
   std::string written;
   if (get.get(key, written) != 0) written.clear();
-  if (canonicalValue(written) != canonicalValue(value))
-    return fail(what + "the agent would read this as \"" + written + "\"");
-  return kOk;
+  const std::string misread = misreading(key, written, value);
+  return misread.empty() ? kOk : fail(what + misread);
+}
+
+std::vector<std::pair<std::string, std::string>> misreadings(const Session& session, const KTR::KTREnvConfig& config,
+                                                             const std::string& text) {
+  std::vector<std::pair<std::string, std::string>> found;
+  KTR::KTRConfigText scan;
+  KTR::scanConfigText(text, scan);
+  Parser::ParameterParserGet get(config, session.parser->getQoSMap());
+  std::set<std::string> seen;
+  for (auto line = scan.assignments.rbegin(); line != scan.assignments.rend(); ++line) {
+    const std::string key = MBQ::toLower(line->name);
+    if (!seen.insert(key).second || heldExactly(session.parser->getQoSMap(), key, line->value)) continue;
+    std::string written;
+    const int rc = get.get(key, written);
+    if (rc == KTR::kUnknownKey) continue;  // no key of the record: the agent skips it
+    if (rc != 0) written.clear();
+    const std::string misread = misreading(key, written, line->value);
+    if (!misread.empty()) found.emplace_back(key, misread);
+  }
+  return found;
 }
 
 int readContainer(Session& session, const std::string& path, const std::string& text,

@@ -37,6 +37,12 @@ bool isContainerKey(const Session& session, const std::string& key);
 // drops). kOk, or kError with the error line printed.
 int checkValue(const Session& session, const std::string& path, const std::string& key, const std::string& value);
 
+// The container keys (lower case) whose value, as `text` last assigns it, `config` (the text as
+// the agent read it) does not hold as written, each with "the agent would read this as ...": the
+// rule checkValue applies to a value given on the command line.
+std::vector<std::pair<std::string, std::string>> misreadings(const Session& session, const KTR::KTREnvConfig& config,
+                                                             const std::string& text);
+
 // Reads a container file's text as the agent does, applying `changes` after the file's own
 // lines as if they were further lines of it. kOk, or kError with the error line printed.
 int readContainer(Session& session, const std::string& path, const std::string& text, const Assignments& changes,

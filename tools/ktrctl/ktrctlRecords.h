@@ -7,6 +7,7 @@
 
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "KTRFunctionality/KTRConfigEdit.h"
@@ -33,6 +34,9 @@ struct FileReport {
   std::string validationError;       // the reason of kError
   std::vector<Finding> violations;
   std::vector<Identity> identities;
+  // Keys (lower case) whose value, as the file's last assignment writes it, the agent reads as
+  // something else, with what it makes of it.
+  std::vector<std::pair<std::string, std::string>> misread;
 };
 
 // Every method prints its own error line and returns kError on failure, inspect excepted.

@@ -34,3 +34,12 @@ node/135.conf:65: HOSTNAME is assigned again (first on line 51)
 $ sed -i 's|^UUID=.*|UUID="{00000000-0000-4000-8000-000000000010}"|' node/140.conf && ktrctl check node | grep UUID
 node/109.conf:62: UUID 00000000-0000-4000-8000-000000000004 is also used by node/104.conf:62
 node/140.conf:62: UUID 00000000-0000-4000-8000-000000000010 is also used by node/110.conf:62
+
+# A value the agent would read as something else is reported on its line: a NETIF item taking
+# its address by DHCP drops the fixed one, and an item without a name is no device at all.
+$ cp containers/101.conf lossy.conf && for netif in 'ifname=eth1,dhcp=yes,ip=10.0.0.9/24' 'mac=02:00:00:00:00:01'; do
+>   sed -i "s|^NETIF=.*|NETIF=\"$netif\"|" lossy.conf && ktrctl check lossy.conf
+> done
+lossy.conf:60: NETIF: the agent would read this as "ifname=eth1,network=,mac=,nettype=bridged,dhcp=yes"
+lossy.conf:60: NETIF: the agent would read this as ""
+(exit 1)

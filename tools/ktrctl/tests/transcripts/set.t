@@ -48,13 +48,14 @@ $ diff r.before r.sh
 # A value the agent would not read back as given is refused (exit 2), and so is a key the
 # library does not know; the file is left as it was.
 $ cp containers/101.conf 101.before
-> for change in NETIF=garbage DISK=x NETIF=ifname=eth1,note=uplink CPULIMIT=1e400 CPULIMIT=12.345 \
->     NUMPROC=1:x ONBOOT=1 ONBOOT= NO_SUCH_KEY=1; do
+> for change in NETIF=garbage DISK=x NETIF=ifname=eth1,note=uplink NETIF=ifname=eth1,dhcp=yes,ip=10.0.0.9 \
+>     CPULIMIT=1e400 CPULIMIT=12.345 NUMPROC=1:x ONBOOT=1 ONBOOT= NO_SUCH_KEY=1; do
 >   ktrctl set containers/101.conf $change; test $? = 2 || echo "$change: not refused"
 > done
 ktrctl: containers/101.conf: NETIF=garbage: the agent would read this as ""
 ktrctl: containers/101.conf: DISK=x: the agent would read this as "image=,size=0,uuid={00000000-0000-0000-0000-000000000000}"
 ktrctl: containers/101.conf: NETIF=ifname=eth1,note=uplink: the agent would read this as "ifname=eth1,network=,mac=,nettype=bridged,dhcp=no"
+ktrctl: containers/101.conf: NETIF=ifname=eth1,dhcp=yes,ip=10.0.0.9: the agent would read this as "ifname=eth1,network=,mac=,nettype=bridged,dhcp=yes"
 ktrctl: containers/101.conf: CPULIMIT=1e400: the value does not parse
 ktrctl: containers/101.conf: CPULIMIT=12.345: the agent would read this as "12.34"
 ktrctl: containers/101.conf: NUMPROC=1:x: the value does not parse
@@ -189,3 +190,9 @@ $ mkdir links && long=$(printf '%0255d' 0 | tr 0 n) && printf 'A=1\n' > links/$l
 symbolic link
 A="2"
 2
+
+# A NETIF item may leave out what the agent fills in (network, type, DHCP): set takes it as
+# written, since the agent reads all of it.
+$ cp containers/101.conf short.conf && ktrctl set short.conf NETIF=ifname=eth0,mac=02:00:00:00:00:01,ip=10.0.0.9/24 &&
+> grep ^NETIF short.conf
+NETIF="ifname=eth0,mac=02:00:00:00:00:01,ip=10.0.0.9/24"
