@@ -49,6 +49,9 @@ TEST(MBQMessageTest, CopiesAreDeep) {
   copy.iterator()->setValue("w", 2);
   EXPECT_FALSE(original.iterator()->hasChild(std::string("w")));
   EXPECT_TRUE(copy.iterator()->hasChild(std::string("v")));
+  MBQMessage assigned;
+  assigned = copy;
+  EXPECT_TRUE(assigned.iterator()->hasChild(std::string("w")));
 }
 
 TEST(MBQMessageTest, CursorOutlivesItsMessage) {

@@ -77,6 +77,10 @@ TEST(KTRTemplateObjectTest, WritesKeyIdsAndTemplateAndReadsThemBack) {
   EXPECT_TRUE(object == read);
   EXPECT_EQ(-1, read.fromBytes("<x/>", 4));  // no template element
   EXPECT_EQ(-1, read.fromBytes("<x", 2));
+  std::string keyless = bytes;  // the template without its required key
+  const auto key = keyless.rfind('<', keyless.find("key>", keyless.find("<package")));
+  keyless.erase(key, keyless.find("key>", keyless.find("key>", key) + 4) + 4 - key);
+  EXPECT_EQ(-1, read.fromBytes(keyless.data(), keyless.size())) << keyless;
   EXPECT_TRUE(object == read);
 }
 

@@ -75,6 +75,11 @@ ktrctl: --wait needs a number of seconds from 0 to 86400, not '-0.5'
 ktrctl: --wait needs a number of seconds from 0 to 86400, not '86400.5'
 (exit 2)
 
+# Bytes of a path or value that would break the error line are escaped in it.
+$ ktrctl raw get "$(printf 'x\001y\177')"
+ktrctl: cannot read x\x01y\x7f: No such file or directory
+(exit 2)
+
 $ ktrctl help frobnicate
 ktrctl: no command 'frobnicate' (see ktrctl --help)
 (exit 2)

@@ -49,7 +49,7 @@ $ diff r.before r.sh
 # library does not know; the file is left as it was.
 $ cp containers/101.conf 101.before
 > for change in NETIF=garbage DISK=x NETIF=ifname=eth1,note=uplink NETIF=ifname=eth1,dhcp=yes,ip=10.0.0.9 \
->     CPULIMIT=1e400 CPULIMIT=12.345 NUMPROC=1:x ONBOOT=1 ONBOOT= NO_SUCH_KEY=1; do
+>     CPULIMIT=1e400 CPULIMIT=0x10 CPULIMIT=12.345 NUMPROC=1:x ONBOOT=1 ONBOOT= NO_SUCH_KEY=1; do
 >   ktrctl set containers/101.conf $change; test $? = 2 || echo "$change: not refused"
 > done
 ktrctl: containers/101.conf: NETIF=garbage: the agent would read this as ""
@@ -57,6 +57,7 @@ ktrctl: containers/101.conf: DISK=x: the agent would read this as "image=,size=0
 ktrctl: containers/101.conf: NETIF=ifname=eth1,note=uplink: the agent would read this as "ifname=eth1,network=,mac=,nettype=bridged,dhcp=no"
 ktrctl: containers/101.conf: NETIF=ifname=eth1,dhcp=yes,ip=10.0.0.9: the agent would read this as "ifname=eth1,network=,mac=,nettype=bridged,dhcp=yes"
 ktrctl: containers/101.conf: CPULIMIT=1e400: the value does not parse
+ktrctl: containers/101.conf: CPULIMIT=0x10: the value does not parse
 ktrctl: containers/101.conf: CPULIMIT=12.345: the agent would read this as "12.34"
 ktrctl: containers/101.conf: NUMPROC=1:x: the value does not parse
 ktrctl: containers/101.conf: ONBOOT=1: the value does not parse
@@ -182,6 +183,11 @@ $ ktrctl raw set attr/ve.conf OLD=2 && cat attr/ve.conf ve.old && stat -c '%a %u
 OLD="2"
 OLD="1"
 ve.conf
+
+# A group that alone differs from the writer's is kept as well. (Run as root, the file first goes
+# to another group.)
+$ printf 'A=1\n' > attr/group.conf && { test "$(id -u)" != 0 || chgrp 65534 attr/group.conf; } &&
+> stat -c %u:%g attr/group.conf > group.stat && ktrctl raw set attr/group.conf A=2 && stat -c %u:%g attr/group.conf | cmp group.stat -
 
 # A symbolic link is followed: the file it names is replaced and the link stays a link, also
 # when that file's name is as long as a name may be (255 bytes).
