@@ -65,16 +65,15 @@ $ for v in yes YES Yes yEs no 1 true '' y yess ' yes' 'yes '; do
 # Each line alone, and what the agent writes in its place. Texts keep their value, an empty
 # VE_ROOT included; a platform and a disk are written back as read. A NAMESERVER list is split
 # at blanks and joined with one space, in order and repeats kept; a network part, "dhcp" and a
-# word that is no address stay as written. NETIF items are joined with ";" and the host-routed
-# venet0 is left out. FEATURES are written sorted by name, the first of a repeated name
-# counting, ":" added to a bare name. ROLES are written sorted, without repeats; empty ROLES
+# word that is no address stay as written. NETIF items are joined with ";" (the rest of NETIF is
+# read-devices.t's). FEATURES are written sorted by name, the first of a repeated name counting,
+# ":" added to a bare name. ROLES are written sorted, without repeats; empty ROLES
 # hold nothing and their line is left as it was.
 $ for line in "VE_ROOT=''" "HOSTNAME='ct.example.com'" "PLATFORM='windows'" \
 >     "DISK='image=/var/lib/quellix/private/101/disk.img,size=1048576,uuid={6f1ed002-ab5d-11d1-8e4c-00c04fd430c8}'" \
 >     "NAMESERVER='10.0.0.5 10.0.0.5/24 10.0.0.5/255.255.255.0 fe80::1/64 dhcp not-an-ip'" \
 >     "NAMESERVER='2.2.2.2 1.1.1.1 2.2.2.2'" "NAMESERVER='10.0.0.5/24 dhcp'" "NAMESERVER=''" \
 >     "NETIF='ifname=eth0,network=,mac=,nettype=bridged,dhcp=yes ; ifname=eth1,network=,mac=,nettype=bridged,dhcp=no'" \
->     "NETIF='ifname=venet0,nettype=host-routed;ifname=eth0,network=,mac=,nettype=bridged,dhcp=no'" \
 >     "FEATURES='a:on b:off'" "FEATURES='b:off a:on'" "FEATURES='a:1 a:2'" "FEATURES='bare'" "FEATURES='a:b:c'" \
 >     "ROLES='web  db web'" "ROLES=''"; do
 >   echo "$line" > one.conf && ktrctl --verbose --as-agent set one.conf NAME=ct &&
@@ -89,7 +88,6 @@ NAMESERVER='2.2.2.2 1.1.1.1 2.2.2.2' => NAMESERVER="2.2.2.2 1.1.1.1 2.2.2.2"
 NAMESERVER='10.0.0.5/24 dhcp' => NAMESERVER="10.0.0.5/24 dhcp"
 NAMESERVER='' => NAMESERVER=""
 NETIF='ifname=eth0,network=,mac=,nettype=bridged,dhcp=yes ; ifname=eth1,network=,mac=,nettype=bridged,dhcp=no' => NETIF="ifname=eth0,network=,mac=,nettype=bridged,dhcp=yes;ifname=eth1,network=,mac=,nettype=bridged,dhcp=no"
-NETIF='ifname=venet0,nettype=host-routed;ifname=eth0,network=,mac=,nettype=bridged,dhcp=no' => NETIF="ifname=eth0,network=,mac=,nettype=bridged,dhcp=no"
 FEATURES='a:on b:off' => FEATURES="a:on b:off"
 FEATURES='b:off a:on' => FEATURES="a:on b:off"
 FEATURES='a:1 a:2' => FEATURES="a:1"
