@@ -4,11 +4,11 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <ostream>
 #include <set>
 #include <sstream>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "../MBQTestSupport.h"
@@ -17,7 +17,6 @@ namespace {
 
 class MBQLoggerTest : public ::testing::Test {
  protected:
-  std::string written() { return log_.text(); }
   MBQ::test::LogCapture log_;
 };
 
@@ -34,7 +33,7 @@ TEST_F(MBQLoggerTest, WritesLevelWordModuleAndFormattedText) {
       "WARNING KTRFunctionality: c\n"
       "INFO MBQCore: d 002.2\n"
       "DEBUG MBQCore: e%\n",
-      written());
+      log_.text());
 }
 
 TEST_F(MBQLoggerTest, DropsMessagesAboveTheThreshold) {
@@ -46,7 +45,7 @@ TEST_F(MBQLoggerTest, DropsMessagesAboveTheThreshold) {
   Log2(MBQ::kDebug, "m", "dropped");
   MBQ::Logger::put(MBQ::kWarning, "m", "kept");
   MBQ::Logger::put(MBQ::kError, "m", "kept");
-  EXPECT_EQ("WARNING m: kept\nERROR m: kept\n", written());
+  EXPECT_EQ("WARNING m: kept\nERROR m: kept\n", log_.text());
 }
 
 // Log2 passes the caller's own file and line.
@@ -62,14 +61,14 @@ TEST_F(MBQLoggerTest, LocationsShowOnlyTheFileName) {
       "ERROR KTREnvConfigBashParser.cpp:120 KTRFunctionality: can't initQoSMap : no vocabulary\n"
       "WARNING plain.cpp:3 m: no directory\n"
       "INFO MBQLoggerTest.cpp:" + std::to_string(line) + " KTRFunctionality: value 9\n",
-      written());
+      log_.text());
 }
 
 TEST_F(MBQLoggerTest, KeepsLongMessagesWhole) {
   MBQ::Logger::setLevel(MBQ::kInfo);
   std::string text(10000, 'z');
   MBQ::Logger::put(MBQ::kInfo, "m", "<%s>", text.c_str());
-  EXPECT_EQ("INFO m: <" + text + ">\n", written());
+  EXPECT_EQ("INFO m: <" + text + ">\n", log_.text());
 }
 
 TEST_F(MBQLoggerTest, LinesFromManyThreadsNeverInterleave) {
@@ -81,59 +80,42 @@ TEST_F(MBQLoggerTest, LinesFromManyThreadsNeverInterleave) {
   std::vector<std::thread> threads;
   for (int t = 0; t < kThreads; ++t) {
     threads.emplace_back([&, t] {
-      for (int i = 0; i < kLines; ++i) {
-        MBQ::Logger::put(MBQ::kInfo, "m", "t%d i%d %s end", t, i, filler.c_str());
-      }
+      for (int i = 0; i < kLines; ++i) MBQ::Logger::put(MBQ::kInfo, "m", "t%d i%d %s end", t, i, filler.c_str());
     });
   }
   for (std::thread& t : threads) t.join();
 
-  std::istringstream lines(written());
+  std::istringstream lines(log_.text());
   std::string line;
   std::set<std::string> seen;
   while (std::getline(lines, line)) {
     int t = -1, i = -1;
     ASSERT_EQ(2, std::sscanf(line.c_str(), "INFO m: t%d i%d", &t, &i)) << line;
-    std::ostringstream expected;
-    expected << "INFO m: t" << t << " i" << i << " " << filler << " end";
-    ASSERT_EQ(expected.str(), line);
+    ASSERT_EQ("INFO m: t" + std::to_string(t) + " i" + std::to_string(i) + " " + filler + " end", line);
     seen.insert(line);
   }
   EXPECT_EQ(static_cast<std::size_t>(kThreads * kLines), seen.size());
 }
 
 // The threshold is read from the environment on first use only, so each case needs a process
-// in which the logger has not been touched yet: "threadsafe" death tests re-run the binary.
-struct EnvCase {
-  const char* name;  // the case's name in the test's name
-  const char* value;
-  int expected;
-};
-void PrintTo(const EnvCase& c, std::ostream* out) { *out << "MBQ_LOG_LEVEL=\"" << c.value << "\""; }
-
-class MBQLoggerDeathTest : public ::testing::TestWithParam<EnvCase> {};
-
-TEST_P(MBQLoggerDeathTest, TakesThresholdFromEnvironmentAtFirstUse) {
+// in which the logger has not been touched yet: "threadsafe" death tests re-run the binary, and
+// the run of one case executes no other case's statement.
+TEST(MBQLoggerDeathTest, TakesThresholdFromEnvironmentAtFirstUse) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
-  const EnvCase& c = GetParam();
-  EXPECT_EXIT(
-      {
-        setenv("MBQ_LOG_LEVEL", c.value, 1);
-        int first = MBQ::Logger::level();
-        setenv("MBQ_LOG_LEVEL", "0", 1);  // read once: a later change does not count
-        std::exit(first == c.expected && MBQ::Logger::level() == c.expected ? 0 : 10 + first);
-      },
-      ::testing::ExitedWithCode(0), "")
-      << "MBQ_LOG_LEVEL=\"" << c.value << "\"";
+  const std::pair<const char*, int> cases[] = {{"0", MBQ::kFatal}, {"4", MBQ::kDebug}, {" 2 ", MBQ::kWarning},
+                                               {"", MBQ::kInfo},     {"5", MBQ::kInfo},  {"-1", MBQ::kInfo},
+                                               {"debug", MBQ::kInfo}, {"1x", MBQ::kInfo}};
+  for (const auto& [value, expected] : cases) {
+    EXPECT_EXIT(
+        {
+          setenv("MBQ_LOG_LEVEL", value, 1);
+          int first = MBQ::Logger::level();
+          setenv("MBQ_LOG_LEVEL", "0", 1);  // read once: a later change does not count
+          std::exit(first == expected && MBQ::Logger::level() == expected ? 0 : 10 + first);
+        },
+        ::testing::ExitedWithCode(0), "")
+        << "MBQ_LOG_LEVEL=\"" << value << "\"";
+  }
 }
-
-INSTANTIATE_TEST_SUITE_P(Values, MBQLoggerDeathTest,
-                         ::testing::Values(EnvCase{"Fatal", "0", MBQ::kFatal}, EnvCase{"Debug", "4", MBQ::kDebug},
-                                           EnvCase{"Spaced", " 2 ", MBQ::kWarning},
-                                           EnvCase{"Empty", "", MBQ::kInfo}, EnvCase{"AboveRange", "5", MBQ::kInfo},
-                                           EnvCase{"Negative", "-1", MBQ::kInfo},
-                                           EnvCase{"Word", "debug", MBQ::kInfo},
-                                           EnvCase{"TrailingText", "1x", MBQ::kInfo}),
-                         [](const ::testing::TestParamInfo<EnvCase>& info) { return std::string(info.param.name); });
 
 }  // namespace

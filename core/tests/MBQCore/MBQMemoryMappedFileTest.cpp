@@ -88,14 +88,12 @@ TEST_F(MBQMemoryMappedFileTest, TwoObjectsExcludeEachOther) {
 TEST_F(MBQMemoryMappedFileTest, AKilledHolderReleasesTheLock) {
   int ready[2];
   ASSERT_EQ(0, ::pipe(ready));
-  const pid_t child = ::fork();
-  if (child == 0) {
+  const pid_t child = test::forkChildren(1, [&](int) {
     MBQMemoryMappedFile file;
-    if (file.map(path_, 4096, tFileMappingOptions()) == nullptr || file.lock(false) != 0) ::_exit(1);
-    char c = 'r';
-    (void)!::write(ready[1], &c, 1);
+    if (file.map(path_, 4096, tFileMappingOptions()) == nullptr || file.lock(false) != 0) return 1;
+    (void)!::write(ready[1], "r", 1);
     for (;;) ::pause();
-  }
+  })[0];
   ::close(ready[1]);  // a child that fails before it is ready ends the read below
   char c;
   ASSERT_EQ(1, ::read(ready[0], &c, 1));
@@ -129,14 +127,13 @@ TEST_F(MBQMemoryMappedFileTest, RemovedCacheFileComesBackZeroFilled) {
 TEST_F(MBQMemoryMappedFileTest, UploadsFolderFollowsTheEnvironment) {
   const char* saved = std::getenv("MBQ_UPLOADS_DIR");
   const std::string keep = saved ? saved : "";
-  ::unsetenv("MBQ_UPLOADS_DIR");
-  EXPECT_EQ("/opt/srn/agent/uploads", MBQInstanceFolders::uploads());
-  ::setenv("MBQ_UPLOADS_DIR", "", 1);
-  EXPECT_EQ("/opt/srn/agent/uploads", MBQInstanceFolders::uploads());
-  ::setenv("MBQ_UPLOADS_DIR", "/srv/up//", 1);
-  EXPECT_EQ("/srv/up", MBQInstanceFolders::uploads());
-  if (saved) ::setenv("MBQ_UPLOADS_DIR", keep.c_str(), 1);
-  else ::unsetenv("MBQ_UPLOADS_DIR");
+  const std::pair<const char*, const char*> cases[] = {  // the variable (null: unset), the folder
+      {nullptr, "/opt/srn/agent/uploads"}, {"", "/opt/srn/agent/uploads"}, {"/srv/up//", "/srv/up"}};
+  for (auto [value, folder] : cases) {
+    value ? ::setenv("MBQ_UPLOADS_DIR", value, 1) : ::unsetenv("MBQ_UPLOADS_DIR");
+    EXPECT_EQ(folder, MBQInstanceFolders::uploads()) << (value ? value : "unset");
+  }
+  saved ? ::setenv("MBQ_UPLOADS_DIR", keep.c_str(), 1) : ::unsetenv("MBQ_UPLOADS_DIR");
 }
 
 TEST_F(MBQMemoryMappedFileTest, ProtectedMappingRefusesWrites) {

@@ -9,12 +9,13 @@
 namespace MBQ {
 namespace {
 
-class Counted : public MBQRefCounter {
- public:
+// An object that reaches the counter through two bases, as the cache classes do: deriving
+// virtually, they share one count. It tells when it is destroyed.
+struct Left : virtual MBQRefCounter {};
+struct Right : virtual MBQRefCounter {};
+struct Counted : Left, Right {
   explicit Counted(int* destroyed) : destroyed_(destroyed) {}
   ~Counted() override { ++*destroyed_; }
-
- private:
   int* destroyed_;
 };
 
@@ -32,19 +33,9 @@ TEST(MBQRefCounterTest, CopyStartsUnowned) {
   EXPECT_EQ(2u, original->useCount());
 }
 
-// Classes that reach the counter through two bases share one count when they derive
-// virtually, as the cache classes do.
-struct Left : virtual MBQRefCounter {};
-struct Right : virtual MBQRefCounter {};
-struct Both : Left, Right {
-  explicit Both(int* destroyed) : destroyed_(destroyed) {}
-  ~Both() override { ++*destroyed_; }
-  int* destroyed_;
-};
-
 TEST(MBQRefCounterTest, VirtualBasesShareOneCount) {
   int destroyed = 0;
-  boost::intrusive_ptr<Both> both(new Both(&destroyed));
+  boost::intrusive_ptr<Counted> both(new Counted(&destroyed));
   boost::intrusive_ptr<Left> left = both;
   boost::intrusive_ptr<const Right> right(both.get());
   EXPECT_EQ(3u, both->useCount());

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -52,21 +51,18 @@ class Heap {
 
 TEST(MBQSharedMemoryManagerTest, NewHeapHoldsOneFreeBlockAfterTheRoundedHeader) {
   Heap heap(8192);
-  EXPECT_EQ(80u, heap.word(0));   // head: the block at 80, relative to offset 0
   EXPECT_EQ(1u, heap.word(8));    // sentinel size
   EXPECT_EQ(80u, heap.word(16));  // used
   EXPECT_EQ(8192u, heap.word(24));
   EXPECT_EQ(80u, heap.word(32));
-  EXPECT_EQ((FreeList{{80, 507}}), heap.freeList());
+  EXPECT_EQ((FreeList{{80, 507}}), heap.freeList());  // the head (at 0) is the block at 80
   EXPECT_TRUE(heap.manager()->isInitialized(8192));
   std::vector<std::string> problems;
   EXPECT_EQ(0, heap.manager()->check(8192, problems)) << problems.front();
   // The heap is [lower bound, total): what a look-up may read a value from.
   const char* base = reinterpret_cast<const char*>(heap.manager());
-  EXPECT_FALSE(heap.manager()->isInRange(base + 79));
-  EXPECT_TRUE(heap.manager()->isInRange(base + 80));
-  EXPECT_TRUE(heap.manager()->isInRange(base + 8191));
-  EXPECT_FALSE(heap.manager()->isInRange(base + 8192));
+  const std::pair<int, bool> bounds[] = {{79, false}, {80, true}, {8191, true}, {8192, false}};  // offset, inside
+  for (auto [offset, inside] : bounds) EXPECT_EQ(inside, heap.manager()->isInRange(base + offset)) << offset;
 }
 
 TEST(MBQSharedMemoryManagerTest, RefusedAllocationsLeaveTheHeapAlone) {
@@ -77,8 +73,7 @@ TEST(MBQSharedMemoryManagerTest, RefusedAllocationsLeaveTheHeapAlone) {
   EXPECT_EQ(nullptr, heap.manager()->allocate(std::size_t(-1)));
   EXPECT_TRUE(before == heap.bytes());
   // Exactly total - used - 16 passes the size test and takes the whole block.
-  void* all = heap.manager()->allocate(8192 - 80 - 16);
-  ASSERT_NE(nullptr, all);
+  ASSERT_NE(nullptr, heap.manager()->allocate(8192 - 80 - 16));
   EXPECT_TRUE(heap.freeList().empty());
   EXPECT_EQ(8192u, heap.manager()->getUsed());
   std::vector<std::string> problems;
@@ -88,7 +83,7 @@ TEST(MBQSharedMemoryManagerTest, RefusedAllocationsLeaveTheHeapAlone) {
 TEST(MBQSharedMemoryManagerTest, GrowMergesWithAFreeBlockAtTheOldEnd) {
   Heap heap(16384);
   std::memset(heap.at(8192), 0xEE, 8192);  // growth must not depend on what lies beyond
-  MBQSharedMemoryManager& m = *reinterpret_cast<MBQSharedMemoryManager*>(heap.at(0));
+  MBQSharedMemoryManager& m = *heap.manager();
   m.construct(77, 8192);
   m.grow(8192);
   EXPECT_EQ(16384u, m.getSize());
@@ -113,7 +108,7 @@ class Model {
   // Returns the data offset, or 0.
   std::uint64_t allocate(std::size_t size) {
     if (size == 0 || total_ - used_ < 16 || total_ - used_ - 16 < size) return 0;
-    const std::uint64_t needed = static_cast<std::uint64_t>(std::ceil(size / 16.0)) + 1;
+    std::uint64_t needed = (size + 15) / 16 + 1;
     auto best = free_.end();
     for (auto it = free_.begin(); it != free_.end(); ++it) {
       if (it->second < needed) continue;
@@ -124,41 +119,33 @@ class Model {
       if (best == free_.end() || best->second > it->second) best = it;
     }
     if (best == free_.end()) return 0;
-    std::uint64_t block;
-    if (best->second > needed + 1) {
+    std::uint64_t block = best->first;
+    if (best->second > needed + 1) {  // split: the allocation is the block's end
       best->second -= needed;
-      block = best->first + best->second * 16;
+      block += best->second * 16;
     } else {
-      block = best->first;
-      needed_[block] = best->second;
-      used_ += best->second * 16;
+      needed = best->second;
       free_.erase(best);
-      return block + 16;
     }
     needed_[block] = needed;
     used_ += needed * 16;
     return block + 16;
   }
+  // The block goes back to the list and merges with a free neighbour on either side.
   void deallocate(std::uint64_t data) {
-    const std::uint64_t block = data - 16;
-    std::uint64_t units = needed_[block];
-    needed_.erase(block);
+    const std::uint64_t units = needed_.extract(data - 16).mapped();
     used_ -= units * 16;
-    auto next = free_.lower_bound(block);
-    std::uint64_t start = block;
-    if (next != free_.begin()) {
-      auto previous = std::prev(next);
-      if (previous->first + previous->second * 16 == block) {
-        start = previous->first;
-        units += previous->second;
-        free_.erase(previous);
-      }
-    }
-    if (next != free_.end() && start + units * 16 == next->first) {
-      units += next->second;
+    const auto block = free_.emplace(data - 16, units).first;
+    const auto next = std::next(block);
+    if (next != free_.end() && block->first + block->second * 16 == next->first) {
+      block->second += next->second;
       free_.erase(next);
     }
-    free_[start] = units;
+    const auto previous = block == free_.begin() ? free_.end() : std::prev(block);
+    if (previous != free_.end() && previous->first + previous->second * 16 == block->first) {
+      previous->second += block->second;
+      free_.erase(block);
+    }
   }
   FreeList freeList() const { return FreeList(free_.begin(), free_.end()); }
   std::uint64_t used() const { return used_; }
@@ -180,12 +167,10 @@ TEST(MBQSharedMemoryManagerTest, RandomSequencesMatchTheModelAndKeepTheInvariant
     Model model(80, size);
     std::vector<std::pair<void*, std::size_t>> live;  // data, requested size
     for (int step = 0; step < 600; ++step) {
-      const bool allocate = live.empty() || random() % 100 < 55;
-      if (allocate) {
+      if (live.empty() || random() % 100 < 55) {
         const std::size_t request = random() % 3 == 0 ? random() % 40 : random() % 4000;
         void* got = m.allocate(request);
-        const std::uint64_t expected = model.allocate(request);
-        ASSERT_EQ(expected, got ? heap.offsetOf(got) : 0) << "step " << step << " request " << request;
+        ASSERT_EQ(model.allocate(request), got ? heap.offsetOf(got) : 0) << "step " << step << " request " << request;
         if (got) {
           // Fill the whole block's data: a neighbour's allocation or free must never touch it.
           std::memset(got, static_cast<int>(heap.offsetOf(got) & 0x7f), request);
@@ -196,7 +181,7 @@ TEST(MBQSharedMemoryManagerTest, RandomSequencesMatchTheModelAndKeepTheInvariant
         auto [data, request] = live[index];
         const unsigned char fill = static_cast<unsigned char>(heap.offsetOf(data) & 0x7f);
         for (std::size_t i = 0; i < request; ++i)
-          ASSERT_EQ(fill, static_cast<unsigned char*>(data)[i]) << "block at " << heap.offsetOf(data) << " was overwritten";
+          ASSERT_EQ(fill, static_cast<unsigned char*>(data)[i]) << "overwritten: the block at " << heap.offsetOf(data);
         m.deallocate(data);
         model.deallocate(heap.offsetOf(data));
         live.erase(live.begin() + index);
