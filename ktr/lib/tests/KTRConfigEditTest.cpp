@@ -32,20 +32,9 @@ TEST(KTRConfigEditTest, RefusesBadNamesRepeatedKeysAndLineBreaks) {
 TEST(KTRConfigEditTest, GeneratedFilesChangeOnlyTheKeySet) {
   std::mt19937 random(20261124);
   const std::vector<std::string> shapes = {
-      "# comment $(not run)",
-      "",
-      "   ",
-      "KEY=\"value with spaces\"",
-      "KEY='single \"quoted\"'",
-      "KEY=plain",
-      "KEY=\"a\"  # trailing comment",
-      "NETIF=\"ifname=eth0,mac=02:00:00:00:00:01,note=uplink,ip=10.0.0.5/24\"",
-      "KEY=$(command)",
-      "echo hello",
-      "KEY=",
-      "\tKEY=\"tabbed\"",
-      "KEY=\"dos\"\r",
-  };
+      "# comment $(not run)", "", "   ", "KEY=\"value with spaces\"", "KEY='single \"quoted\"'", "KEY=plain",
+      "KEY=\"a\"  # trailing comment", "NETIF=\"ifname=eth0,mac=02:00:00:00:00:01,note=uplink,ip=10.0.0.5/24\"",
+      "KEY=$(command)", "echo hello", "KEY=", "\tKEY=\"tabbed\"", "KEY=\"dos\"\r"};
   const std::vector<std::string> keys = {"A", "B", "HOSTNAME", "NETIF", "X_1"};
   const std::vector<std::string> values = {"", "v", "a b", "$HOME", "`id`", "\"", "\\", "'", "é", "#x", "$VEID"};
   for (int round = 0; round < 400; ++round) {

@@ -7,7 +7,6 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <set>
@@ -28,11 +27,6 @@ class KTRConfigFileTest : public ::testing::Test {
     std::string path = dir_ + "/" + name;
     std::ofstream(path, std::ios::binary) << text;
     return path;
-  }
-  std::string read(const std::string& path) {
-    std::string text;
-    EXPECT_EQ(0, readConfigFile(path, text)) << MBQ::getErrorMessage();
-    return text;
   }
   // The folder's names, sorted, each followed by a blank.
   std::string listing() {
@@ -58,7 +52,7 @@ TEST_F(KTRConfigFileTest, CommitReplacesTheTextAndKeepsExtendedAttributes) {
   ASSERT_EQ(0, edit.begin(path, 1000)) << MBQ::getErrorMessage();
   EXPECT_EQ("OLD=\"1\"\n", edit.text());
   ASSERT_EQ(0, edit.commit("NEW=\"2\"\n")) << MBQ::getErrorMessage();
-  EXPECT_EQ("NEW=\"2\"\n", read(path));
+  EXPECT_EQ("NEW=\"2\"\n", testing::slurp(path));
   if (xattrs) {
     char value[8] = {};
     EXPECT_EQ(3, ::getxattr(path.c_str(), "user.origin", value, sizeof value));
@@ -68,7 +62,7 @@ TEST_F(KTRConfigFileTest, CommitReplacesTheTextAndKeepsExtendedAttributes) {
   }
 }
 
-// The reasons a read gives, and a file of the largest size read, are shown by ktrctl in get.t.
+// What a read refuses and why, and a file of the largest size read, are shown by ktrctl in get.t.
 TEST_F(KTRConfigFileTest, RefusesWhatIsNotARegularFileAtOnce) {
   const std::string fifo = dir_ + "/fifo";
   ASSERT_EQ(0, ::mkfifo(fifo.c_str(), 0644));
@@ -77,15 +71,11 @@ TEST_F(KTRConfigFileTest, RefusesWhatIsNotARegularFileAtOnce) {
   const struct {
     std::string path;
     const char* reason;
-  } cases[] = {{fifo, "not a regular file"},    {dir_, "not a regular file"}, {"/dev/null", "not a regular file"},
-               {big, "larger than"},            {dir_ + "/absent", "No such file"},
-               {dir_ + "/dangling", "No such file"}};
+  } cases[] = {{fifo, "not a regular file"}, {dir_, "not a regular file"},       {"/dev/null", "not a regular file"},
+               {big, "larger than"},         {dir_ + "/absent", "No such file"}, {dir_ + "/dangling", "No such file"}};
   ASSERT_EQ(0, ::symlink("nowhere", (dir_ + "/dangling").c_str()));
   ::alarm(10);  // a FIFO must never block the open
   for (const auto& c : cases) {
-    std::string text = "kept";
-    EXPECT_EQ(-1, readConfigFile(c.path, text)) << c.path;
-    EXPECT_EQ("kept", text);
     KTRConfigFileEdit edit;
     EXPECT_EQ(-1, edit.begin(c.path, 0)) << c.path;
     EXPECT_EQ(0u, MBQ::getErrorMessage().find("cannot edit " + c.path + ": " + c.reason)) << MBQ::getErrorMessage();
@@ -100,25 +90,22 @@ TEST_F(KTRConfigFileTest, LockIsBoundedAndAKilledWritersDebrisIsCleanedUp) {
   const std::string path = write("ve.conf", "A=1\n");
   int ready[2];
   ASSERT_EQ(0, ::pipe(ready));
-  pid_t holder = ::fork();
-  ASSERT_GE(holder, 0);
-  if (holder == 0) {
+  const pid_t holder = MBQ::test::forkChildren(1, [&](int) {
     KTRConfigFileEdit edit;
-    if (edit.begin(path, 1000) != 0 || edit.prepare("HALF=written\n") != 0) std::_Exit(1);
-    char byte = 1;
-    if (::write(ready[1], &byte, 1) != 1) std::_Exit(1);
+    const char byte = 1;
+    if (edit.begin(path, 1000) != 0 || edit.prepare("HALF=written\n") != 0) return 1;
+    if (::write(ready[1], &byte, 1) != 1) return 1;
     ::pause();
-    std::_Exit(0);
-  }
+    return 0;
+  })[0];
+  ASSERT_GT(holder, 0);
   char byte = 0;
   ASSERT_EQ(1, ::read(ready[0], &byte, 1));
-  {
-    KTRConfigFileEdit waiting;
-    const auto start = std::chrono::steady_clock::now();
-    EXPECT_EQ(-1, waiting.begin(path, 200));
-    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(200));
-    EXPECT_NE(std::string::npos, MBQ::getErrorMessage().find("another process holds its lock"));
-  }
+  KTRConfigFileEdit waiting;
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_EQ(-1, waiting.begin(path, 200));
+  EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(200));
+  EXPECT_NE(std::string::npos, MBQ::getErrorMessage().find("another process holds its lock"));
   ::kill(holder, SIGKILL);
   ::waitpid(holder, nullptr, 0);
   EXPECT_NE(std::string::npos, listing().find(".ktr-edit-")) << "the killed writer's temporary";
@@ -147,16 +134,16 @@ TEST_F(KTRConfigFileTest, AUserWhoCannotWriteTheFileCannotLockIt) {
 TEST_F(KTRConfigFileTest, ReplaceCreatesOrReplacesAndAFailureLeavesTheOldFile) {
   const std::string fresh = dir_ + "/new.conf";
   ASSERT_EQ(0, replaceConfigFile(fresh, "A=1\n")) << MBQ::getErrorMessage();
-  EXPECT_EQ("A=1\n", read(fresh));
+  EXPECT_EQ("A=1\n", testing::slurp(fresh));
   ASSERT_EQ(0, replaceConfigFile(fresh, "A=2\n"));
-  EXPECT_EQ("A=2\n", read(fresh));
-  // A directory in the way of the rename: the write succeeds, the replacement cannot.
+  EXPECT_EQ("A=2\n", testing::slurp(fresh));
+  // Refused: a folder in the way (not empty, so no rename could replace it), and a missing folder.
   const std::string blocked = dir_ + "/blocked";
   ASSERT_EQ(0, ::mkdir(blocked.c_str(), 0755));
   ASSERT_EQ(0, ::mkdir((blocked + "/inner").c_str(), 0755));
   EXPECT_EQ(-1, replaceConfigFile(blocked, "X"));
   EXPECT_EQ(-1, replaceConfigFile(dir_ + "/missing/ve.conf", "X"));
-  EXPECT_EQ("A=2\n", read(fresh));
+  EXPECT_EQ("A=2\n", testing::slurp(fresh));
   EXPECT_EQ("blocked new.conf ", listing()) << "no temporary file is left behind";
 }
 

@@ -43,13 +43,6 @@ KTRVtSettings withServices(const std::vector<std::pair<std::string, bool>>& serv
   return settings;
 }
 
-std::vector<std::pair<std::string, bool>> flags(const KTRVtSettings& settings) {
-  std::vector<std::pair<std::string, bool>> result;
-  for (const KTRRedirectService& service : settings.getOfflineServices().get())
-    result.emplace_back(service.getName(), service.getFlag());
-  return result;
-}
-
 TEST(KTRHQConfigBashParserTest, KeepsEveryAssignmentRawAndInterpretsTheDirectories) {
   // A repeated key keeps its first raw value, and the last one as the directory.
   const KTRVtSettings settings = read(
@@ -73,9 +66,7 @@ TEST(KTRHQConfigBashParserTest, TheTextEditorFindsTheValueTheParserReads) {
     std::string text;
     for (int i = static_cast<int>(random() % 6); i > 0; --i) {
       std::string line = forms[random() % forms.size()];
-      const std::string& key = keys[random() % keys.size()];
-      const auto at = line.find_first_of("Kk");
-      line.replace(at, 1, key);
+      line.replace(line.find_first_of("Kk"), 1, keys[random() % keys.size()]);
       text += line + "\n";
     }
     KTRConfigText scan;
@@ -102,7 +93,7 @@ TEST(KTRHQConfigBashParserTest, TheTextEditorFindsTheValueTheParserReads) {
 TEST(KTRHQConfigBashParserTest, OfflineServicesSwitchTheKnownServicesOnlyAndWriteBackInListOrder) {
   const std::string old = "OFFLINE_SERVICE=\"b  a unknown\"\n";
   const KTRVtSettings settings = read(old, withServices({{"a", false}, {"b", false}, {"c", true}}));
-  EXPECT_EQ((std::vector<std::pair<std::string, bool>>{{"a", true}, {"b", true}, {"c", false}}), flags(settings));
+  EXPECT_EQ(withServices({{"a", true}, {"b", true}, {"c", false}}).getOfflineServices(), settings.getOfflineServices());
   EXPECT_EQ("OFFLINE_SERVICE=\"a b\"\n", write(settings, old));
 
   // Two spaces make an empty name.
@@ -128,9 +119,7 @@ TEST(KTRHQConfigBashParserTest, GetSideAnswers) {
   EXPECT_EQ(0, get.get("offline_service", value));
   EXPECT_EQ("pre a c", value);
 
-  KTRVtSettings noList;
-  KTRHQConfigBashParser::ParameterParserGet noListGet(noList);
-  EXPECT_EQ(kKeyWithoutValue, noListGet.get("offline_service", value));
+  EXPECT_EQ(kKeyWithoutValue, KTRHQConfigBashParser::ParameterParserGet(KTRVtSettings()).get("offline_service", value));
 }
 
 TEST(KTRHQConfigBashParserTest, AppendsNothingWhenTheRawMapHoldsOnlyTheDirectories) {
