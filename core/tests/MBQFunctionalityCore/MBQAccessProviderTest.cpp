@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <utility>
+
 #include "MBQFunctionalityCore/MBQAccessProvider.h"
 
 namespace MBQ {
@@ -9,16 +11,11 @@ TEST(MBQAccessProviderTest, LocalProviderAnswersFromItsEIDsExactly) {
   const MBQAccessProviderPtr provider(new MBQLocalAccessProvider({MBQEID("101"), MBQEID("node-a")}));
   const MBQLocalityCheckerPtr checker = provider->getLocalityChecker();
   ASSERT_NE(nullptr, checker);
-  const struct {
-    const char* eid;
-    bool local;
-  } cases[] = {
+  const std::pair<const char*, bool> cases[] = {
       {"101", true}, {"node-a", true}, {"1010", false}, {"10", false},
       {" 101", false}, {"NODE-A", false}, {"", false},
   };
-  for (const auto& c : cases) {
-    EXPECT_EQ(c.local, checker->isLocal(MBQEID(c.eid))) << "'" << c.eid << "'";
-  }
+  for (const auto& [eid, local] : cases) EXPECT_EQ(local, checker->isLocal(MBQEID(eid))) << "'" << eid << "'";
 }
 
 // A service may keep the checker after its caller has dropped the provider.

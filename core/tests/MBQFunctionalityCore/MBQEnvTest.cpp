@@ -3,6 +3,7 @@
 #include <memory>
 #include <string>
 #include <typeinfo>
+#include <utility>
 
 #include "../MBQTestSupport.h"
 #include "MBQFunctionalityCore/MBQEnv.h"
@@ -25,23 +26,14 @@ struct TechConfig : MBQVEnvConfig {
 };
 // A class of the configuration registry that is no virtual configuration.
 struct NotVirtualConfig : MBQEnvConfig {
-  struct Writer : MBQEnvConfig::Writer {
-    const char* getStrNSID() const { return kTypesNamespace; }
+  struct Writer : TechConfig::Writer {
     const char* getStrTypeID() const { return "not_virtualType"; }
-    int getNSID() const { return 0; }
-    int getTypeID() const { return 0; }
   };
 };
 
 MBQDerivedParserFactoryT<TechConfig, MBQEnvConfig, std::string, MBQEnvConfig::Reader, TechConfig::Writer> techFactory;
 MBQDerivedParserFactoryT<NotVirtualConfig, MBQEnvConfig, std::string, MBQEnvConfig::Reader, NotVirtualConfig::Writer>
     notVirtualFactory;
-
-std::string hostnameOf(const MBQEnvConfig& config) {
-  MBQOptionalProperty<std::string> hostname;
-  config.getHostname(hostname);
-  return hostname.isSpecified() ? hostname.get() : "<unspecified>";
-}
 
 class MBQEnvTest : public ::testing::Test {
  protected:
@@ -54,28 +46,24 @@ class MBQEnvTest : public ::testing::Test {
   int read(const std::string& text, MBQEnv& env) {
     return test::parsed(text).iterator()->getObject(env, MBQEnv::Reader(), "env");
   }
-  std::shared_ptr<MBQVEnvConfig> virtualConfig(const std::string& hostname) {
-    auto config = std::make_shared<MBQVEnvConfig>();
+  template <class Config = MBQVEnvConfig>
+  std::shared_ptr<Config> virtualConfig(const std::string& hostname) {
+    auto config = std::make_shared<Config>();
     config->setHostname(hostname);
     return config;
   }
 };
 
 TEST_F(MBQEnvTest, AlertTypesKeepFiveReasonsAndIgnoreOthers) {
-  struct Case {
-    int reason;
-    int expected;
-  };
-  const Case cases[] = {{-1, 0}, {0, 10}, {4, 14}, {5, 0}, {1000, 0}};
+  const std::pair<int, int> cases[] = {{-1, 0}, {0, 10}, {4, 14}, {5, 0}, {1000, 0}};  // reason, type kept
   MBQEnv env;
-  for (const Case& c : cases) env.setAlertType(c.reason, c.reason + 10);
-  for (const Case& c : cases) EXPECT_EQ(c.expected, env.getAlertType(c.reason)) << "reason " << c.reason;
+  for (const auto& [reason, type] : cases) env.setAlertType(reason, reason + 10);
+  for (const auto& [reason, type] : cases) EXPECT_EQ(type, env.getAlertType(reason)) << "reason " << reason;
 }
 
 TEST_F(MBQEnvTest, VirtualConfigOfUnknownTypeReadsAsPlainVirtualConfig) {
   // Written without any factory for its class: typed with the core's own schema ids.
-  MBQEnv env(MBQEID("e"), virtualConfig("plain.example"));
-  std::string text = write(env);
+  std::string text = write(MBQEnv(MBQEID("e"), virtualConfig("plain.example")));
   EXPECT_NE(std::string::npos, text.find("venv_configType")) << text;
 
   MBQEnv back;
@@ -85,27 +73,21 @@ TEST_F(MBQEnvTest, VirtualConfigOfUnknownTypeReadsAsPlainVirtualConfig) {
 
   // A type written by a technology this process does not know.
   const std::string from = "tech_configType";
-  text = write(MBQEnv(MBQEID("e"), [] {
-    auto c = std::make_shared<TechConfig>();
-    c->setHostname(std::string("other.example"));
-    return c;
-  }()));
+  text = write(MBQEnv(MBQEID("e"), virtualConfig<TechConfig>("other.example")));
   text.replace(text.find(from), from.size(), "unknown_configType");
   ASSERT_EQ(0, read(text, back));
   EXPECT_EQ(typeid(MBQVEnvConfig), typeid(*back.getVirtualConfig()));
-  EXPECT_EQ("other.example", hostnameOf(*back.getVirtualConfig()));
+  MBQOptionalProperty<std::string> hostname;
+  back.getVirtualConfig()->getHostname(hostname);
+  EXPECT_EQ(MBQOptionalProperty<std::string>("other.example"), hostname);
 }
 
 TEST_F(MBQEnvTest, FailedReadLeavesRecordUnchanged) {
   MBQEnv original(MBQEID("keep"), virtualConfig("keep.example"));
   original.setAlertType(0, 1);
 
-  struct Case {
-    const char* what;
-    std::string text;
-  };
   const std::string xsi = " xmlns:xsi='http://www.w3.org/2001/XMLSchema-instance'";
-  const Case cases[] = {
+  const std::pair<const char*, std::string> cases[] = {
       {"no eid", "<m><env><parent_eid>p</parent_eid></env></m>"},
       {"empty eid", "<m><env><eid/></env></m>"},
       {"status without state", "<m><env><eid>x</eid><status><since>5</since></status></env></m>"},
@@ -114,12 +96,12 @@ TEST_F(MBQEnvTest, FailedReadLeavesRecordUnchanged) {
                                                     "'><env><eid>x</eid><virtual_config xsi:type='k:not_virtualType'/>"
                                                     "</env></m>"},
   };
-  for (const Case& c : cases) {
+  for (const auto& [what, text] : cases) {
     MBQEnv env = original;
-    EXPECT_EQ(-1, read(c.text, env)) << c.what;
-    EXPECT_EQ("keep", env.getEID().toString()) << c.what;
-    EXPECT_EQ(1, env.getAlertType(0)) << c.what;
-    EXPECT_EQ(original.getVirtualConfig(), env.getVirtualConfig()) << c.what;
+    EXPECT_EQ(-1, read(text, env)) << what;
+    EXPECT_EQ("keep", env.getEID().toString()) << what;
+    EXPECT_EQ(1, env.getAlertType(0)) << what;
+    EXPECT_EQ(original.getVirtualConfig(), env.getVirtualConfig()) << what;
   }
 }
 

@@ -16,26 +16,22 @@ using ::testing::Return;
 struct Service {
   virtual ~Service() = default;
 };
-struct ServiceImpl : Service {};
 
 using ServicePtr = std::shared_ptr<Service>;
 using Multiplexer = MBQFunctionalMultiplexer<Service>;
 
-class MockLocalFactory : public MBQFunctionalFactoryLocal<Service> {
- public:
+struct MockLocalFactory : MBQFunctionalFactoryLocal<Service> {
   MOCK_METHOD(ServicePtr, create, (const MBQAccessProviderPtr&), (const, override));
 };
 
-class MockAgentFactory : public MBQFunctionalFactoryAgent<Service> {
- public:
+struct MockAgentFactory : MBQFunctionalFactoryAgent<Service> {
   MOCK_METHOD(ServicePtr, create, (const MBQEID&, const MBQAccessProviderPtr&, const std::string&),
               (const, override));
   MOCK_METHOD(ServicePtr, create, (const MBQEID&, const MBQAccessProviderPtr&), (const, override));
 };
 
 // A provider that cannot tell which EIDs are local.
-class BlindProvider : public MBQAccessProviderPrototype {
- public:
+struct BlindProvider : MBQAccessProviderPrototype {
   MBQLocalityCheckerPtr getLocalityChecker() const override { return nullptr; }
 };
 
@@ -63,16 +59,13 @@ const GetCase kGetCases[] = {
     {"remote EID with a parameter", kChecking, &kRemoteEid, kLocalMakes, kAgentWithParameter, kAgent, false},
     {"remote EID never falls back to local", kChecking, &kRemoteEid, kLocalMakes, kNoAgent, kNull, false},
     {"local EID, agent factory only", kChecking, &kLocalEid, kNoLocal, kAgentMakes, kAgent, false},
-    {"local EID, local factory makes nothing", kChecking, &kLocalEid, kLocalMakesNull, kAgentWithParameter, kAgent,
-     true},
+    {"local EID, local makes nothing", kChecking, &kLocalEid, kLocalMakesNull, kAgentWithParameter, kAgent, true},
     {"local EID, nothing anywhere", kChecking, &kLocalEid, kLocalMakesNull, kNoAgent, kNull, true},
     {"registered nowhere", kChecking, &kLocalEid, kNoLocal, kNoAgent, kNull, false},
     {"no provider tries local first", kNoProvider, &kRemoteEid, kLocalMakes, kAgentMakes, kLocal, true},
     {"no provider, local makes nothing", kNoProvider, &kRemoteEid, kLocalMakesNull, kAgentMakes, kAgent, true},
-    {"provider without checker tries local first", kWithoutChecker, &kRemoteEid, kLocalMakes, kAgentMakes, kLocal,
-     true},
-    {"provider without checker, agent factory only", kWithoutChecker, &kRemoteEid, kNoLocal, kAgentWithParameter,
-     kAgent, false},
+    {"no checker tries local first", kWithoutChecker, &kRemoteEid, kLocalMakes, kAgentMakes, kLocal, true},
+    {"no checker, agent factory only", kWithoutChecker, &kRemoteEid, kNoLocal, kAgentWithParameter, kAgent, false},
 };
 
 MBQAccessProviderPtr makeProvider(ProviderKind kind) {
@@ -86,8 +79,8 @@ TEST(MBQFunctionalMultiplexerTest, GetChoosesBetweenLocalAndAgent) {
     SCOPED_TRACE(c.what);
     Multiplexer multiplexer;
     const MBQAccessProviderPtr provider = makeProvider(c.provider);
-    const ServicePtr localProduct = std::make_shared<ServiceImpl>();
-    const ServicePtr agentProduct = std::make_shared<ServiceImpl>();
+    const ServicePtr localProduct = std::make_shared<Service>();
+    const ServicePtr agentProduct = std::make_shared<Service>();
 
     auto local = std::make_shared<MockLocalFactory>();
     ON_CALL(*local, create(_)).WillByDefault(Return(c.local == kLocalMakes ? localProduct : nullptr));
@@ -113,7 +106,7 @@ TEST(MBQFunctionalMultiplexerTest, AgentParameterIsKeptApartFromTheFactory) {
   Multiplexer multiplexer;
   auto agent = std::make_shared<MockAgentFactory>();
   const MBQAccessProviderPtr provider = makeProvider(kWithoutChecker);
-  const ServicePtr product = std::make_shared<ServiceImpl>();
+  const ServicePtr product = std::make_shared<Service>();
   ::testing::InSequence order;
 
   // Set before the factory exists, the parameter is used once the factory comes.
@@ -144,13 +137,9 @@ TEST(MBQFunctionalMultiplexerTest, AgentParameterIsKeptApartFromTheFactory) {
 
 TEST(MBQFunctionalMultiplexerTest, OtherAndUnregisteredNamesAreNoLongerAsked) {
   Multiplexer multiplexer;
-  auto local = std::make_shared<MockLocalFactory>();
-  auto agent = std::make_shared<MockAgentFactory>();
-  EXPECT_CALL(*local, create(_)).Times(0);
-  EXPECT_CALL(*agent, create(_, _)).Times(0);
-  EXPECT_CALL(*agent, create(_, _, _)).Times(0);
-  multiplexer.registerLocal("svc", local);
-  multiplexer.registerAgent("svc", agent);
+  // Strict: any call to these factories fails the test.
+  multiplexer.registerLocal("svc", std::make_shared<::testing::StrictMock<MockLocalFactory>>());
+  multiplexer.registerAgent("svc", std::make_shared<::testing::StrictMock<MockAgentFactory>>());
   const MBQAccessProviderPtr provider = makeProvider(kChecking);
   // Names are exact keys: neither case nor blanks are folded.
   for (const std::string name : {"SVC", "svc ", ""}) {
@@ -168,7 +157,7 @@ TEST(MBQFunctionalMultiplexerTest, OtherAndUnregisteredNamesAreNoLongerAsked) {
 
   // The name is free again.
   auto replacement = std::make_shared<MockLocalFactory>();
-  const ServicePtr product = std::make_shared<ServiceImpl>();
+  const ServicePtr product = std::make_shared<Service>();
   EXPECT_CALL(*replacement, create(_)).WillOnce(Return(product));
   multiplexer.registerLocal("svc", replacement);
   EXPECT_EQ(product, multiplexer.get(kLocalEid, nullptr, "svc"));
@@ -178,7 +167,7 @@ TEST(MBQFunctionalMultiplexerTest, OtherAndUnregisteredNamesAreNoLongerAsked) {
 // node's service gets it from the same registry while it is being made.
 TEST(MBQFunctionalMultiplexerTest, FactoryMayUseTheRegistryWhileCreating) {
   Multiplexer multiplexer;
-  const ServicePtr agentProduct = std::make_shared<ServiceImpl>();
+  const ServicePtr agentProduct = std::make_shared<Service>();
   auto agent = std::make_shared<MockAgentFactory>();
   EXPECT_CALL(*agent, create(kRemoteEid, _)).WillOnce(Return(agentProduct));
   multiplexer.registerAgent("peer", agent);
@@ -193,23 +182,15 @@ TEST(MBQFunctionalMultiplexerTest, FactoryMayUseTheRegistryWhileCreating) {
 }
 
 TEST(MBQFunctionalMultiplexerDeathTest, NullOrDuplicateFactoryAborts) {
-  const char* const where = "core/src/MBQFunctionalityCore/MBQFunctionalFactory:[0-9]+ in ";
-  EXPECT_DEATH(Multiplexer().registerLocal("svc", nullptr), std::string(where) + "registerLocal");
-  EXPECT_DEATH(Multiplexer().registerAgent("svc", nullptr), std::string(where) + "registerAgent");
-  EXPECT_DEATH(
-      {
-        Multiplexer multiplexer;
-        multiplexer.registerLocal("svc", std::make_shared<MockLocalFactory>());
-        multiplexer.registerLocal("svc", std::make_shared<MockLocalFactory>());
-      },
-      std::string(where) + "registerLocal");
-  EXPECT_DEATH(
-      {
-        Multiplexer multiplexer;
-        multiplexer.registerAgent("svc", std::make_shared<MockAgentFactory>());
-        multiplexer.registerAgent("svc", std::make_shared<MockAgentFactory>());
-      },
-      std::string(where) + "registerAgent");
+  const std::string where = "core/src/MBQFunctionalityCore/MBQFunctionalFactory:[0-9]+ in ";
+  Multiplexer multiplexer;
+  EXPECT_DEATH(multiplexer.registerLocal("svc", nullptr), where + "registerLocal");
+  EXPECT_DEATH(multiplexer.registerAgent("svc", nullptr), where + "registerAgent");
+  // Each kind under its own name, so that neither is taken for a duplicate of the other.
+  multiplexer.registerLocal("local", std::make_shared<MockLocalFactory>());
+  multiplexer.registerAgent("agent", std::make_shared<MockAgentFactory>());
+  EXPECT_DEATH(multiplexer.registerLocal("local", std::make_shared<MockLocalFactory>()), where + "registerLocal");
+  EXPECT_DEATH(multiplexer.registerAgent("agent", std::make_shared<MockAgentFactory>()), where + "registerAgent");
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "../MBQTestSupport.h"
@@ -51,11 +52,8 @@ TEST(MBQInterfaceRateTest, ListRoundTripsThroughAMessage) {
 }
 
 TEST(MBQInterfaceRateTest, ReaderRequiresEveryChild) {
-  struct Case {
-    const char* xml;
-    int result;
-  };
-  const Case cases[] = {
+  const MBQInterfaceRate kept("kept", 7, 8);
+  const std::pair<const char*, int> cases[] = {
       {"<m><interface>eth0</interface><class>1</class><rate>8000</rate></m>", 0},
       {"<m><class>1</class><rate>8000</rate></m>", -1},
       {"<m><interface>eth0</interface><rate>8000</rate></m>", -1},
@@ -63,12 +61,10 @@ TEST(MBQInterfaceRateTest, ReaderRequiresEveryChild) {
       {"<m><interface>eth0</interface><class>99999999999</class><rate>1</rate></m>", -1},
       {"<m><interface>eth0</interface><class>1</class><rate>fast</rate></m>", -1},
   };
-  for (const Case& c : cases) {
-    const MBQMessage message = test::parsed(c.xml);
-    const MBQInterfaceRate kept("kept", 7, 8);
+  for (const auto& [xml, result] : cases) {
     MBQInterfaceRate rate = kept;
-    EXPECT_EQ(c.result, message.iterator()->getObject(rate, MBQInterfaceRate::Reader())) << c.xml;
-    EXPECT_EQ(c.result == 0 ? MBQInterfaceRate("eth0", 1, 8000) : kept, rate) << c.xml;
+    EXPECT_EQ(result, test::parsed(xml).iterator()->getObject(rate, MBQInterfaceRate::Reader())) << xml;
+    EXPECT_EQ(result == 0 ? MBQInterfaceRate("eth0", 1, 8000) : kept, rate) << xml;
   }
 }
 

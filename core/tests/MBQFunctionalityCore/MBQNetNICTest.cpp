@@ -31,9 +31,7 @@ MBQNetNIC fullNic() {
 // own schema type, and a network part written as a mask.
 TEST(MBQNetNICTest, WritesTheCoreSchemaTypeAndKeepsTheNetworkForm) {
   MBQMessage message;
-  auto out = message.iterator();
-  ASSERT_EQ(0, out->addChildAndDescend("nic"));
-  ASSERT_EQ(0, out->putObject(fullNic(), MBQNetNIC::Writer()));
+  ASSERT_EQ(0, message.iterator()->putObject(fullNic(), MBQNetNIC::Writer(), "nic"));
   auto it = test::reparsed(message).iterator();
   ASSERT_EQ(0, it->descend("nic"));
   std::string type;

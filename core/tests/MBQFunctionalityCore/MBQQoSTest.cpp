@@ -4,6 +4,7 @@
 
 #include <set>
 #include <string>
+#include <utility>
 
 #include "../MBQTestSupport.h"
 #include "MBQMessage/MBQMessage.h"
@@ -42,8 +43,7 @@ TEST(MBQQoSTest, OrdersByIdThenBarrierThenLimit) {
     EXPECT_NE(ordered[i], ordered[i + 1]) << i;
   }
   // Records with one id but other values are distinct members of a set.
-  std::set<MBQQoS> set(ordered, ordered + count);
-  EXPECT_EQ(count, set.size());
+  EXPECT_EQ(count, std::set<MBQQoS>(ordered, ordered + count).size());
 }
 
 TEST(MBQQoSTest, UnspecifiedBarrierValueDoesNotCount) {
@@ -62,11 +62,8 @@ TEST(MBQQoSTest, UnspecifiedBarrierValueDoesNotCount) {
 
 // The round trip is the record catalog's (settings of a container); here the reader's checks.
 TEST(MBQQoSTest, ReaderRequiresIdAndLimit) {
-  struct Case {
-    const char* xml;
-    int result;
-  };
-  const Case cases[] = {
+  const MBQQoS kept("kept", 7, 8);
+  const std::pair<const char*, int> cases[] = {
       {"<m><id>a</id><barrier>1</barrier><limit>2</limit></m>", 0},
       {"<m><limit>2</limit><id>a</id></m>", 0},
       {"<m><barrier>1</barrier><limit>2</limit></m>", -1},
@@ -74,14 +71,11 @@ TEST(MBQQoSTest, ReaderRequiresIdAndLimit) {
       {"<m><id>a</id><limit>x</limit></m>", -1},
       {"<m><id>a</id><barrier>1.5</barrier><limit>2</limit></m>", -1},
   };
-  for (const Case& c : cases) {
-    const MBQMessage message = test::parsed(c.xml);
-    auto it = message.iterator();
-    const MBQQoS kept("kept", 7, 8);
+  for (const auto& [xml, result] : cases) {
     MBQQoS qos = kept;
-    EXPECT_EQ(c.result, it->getObject(qos, MBQQoS::Reader())) << c.xml;
-    if (c.result != 0) {
-      EXPECT_EQ(kept, qos) << c.xml;
+    EXPECT_EQ(result, test::parsed(xml).iterator()->getObject(qos, MBQQoS::Reader())) << xml;
+    if (result != 0) {
+      EXPECT_EQ(kept, qos) << xml;
     }
   }
 }

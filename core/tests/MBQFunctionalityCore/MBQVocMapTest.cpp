@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <fstream>
 #include <string>
 #include <thread>
@@ -105,42 +106,21 @@ TEST(MBQVocMapTest, FailedLoadKeepsThePreviousContent) {
 
 TEST(MBQVocMapTest, ReadsCategoriesByNameAndByPath) {
   MBQVocMapSP vocabulary = loaded(kSample);
-  struct Case {
-    std::vector<std::string> path;
-    const char* technology;  // nullptr: no category
-    const char* parameters;
-  };
-  const Case cases[] = {
-      {{"qos"}, "quellix", "numproc,cpuweight,cpulimit"},  // first technology in document order
-      {{"common"}, "", "shared"},                         // the top level before any technology
-      {{"tune"}, "quellix", "order"},
-      {{"FORMULAE"}, "quellix", "order"},
-      {{"quellix", "qos"}, "quellix", "numproc,cpuweight,cpulimit"},
-      {{"other", "qos"}, "other", "memory"},
-      {{"quellix", "common"}, "quellix", "own"},
-      {{"quellix", "FORMULAE"}, "quellix", "order"},
-      {{"quellix", "empty"}, "quellix", ""},
-      {{"QOS"}, nullptr, ""},  // names are compared exactly
-      {{"missing"}, nullptr, ""},
-      {{"other", "tune"}, nullptr, ""},
-      {{"nobody", "qos"}, nullptr, ""},
-      {{"", "common"}, nullptr, ""},  // a top-level category has no technology to name
-      {{}, nullptr, ""},
-      {{"quellix", "qos", "numproc"}, nullptr, ""},
-  };
-  for (const Case& c : cases) {
-    std::string where = ::testing::PrintToString(c.path);
-    MBQVocCategorySP category = vocabulary->readCategory(c.path);
-    if (c.technology == nullptr) {
+  for (const auto& c : test::caseRows(__FILE__, "categories")) {
+    const auto arrow = std::find(c.begin(), c.end(), "->");
+    const std::vector<std::string> path(c.begin(), arrow);
+    const std::string where = ::testing::PrintToString(path);
+    MBQVocCategorySP category = vocabulary->readCategory(path);
+    if (arrow[1] == "none") {
       EXPECT_EQ(nullptr, category) << where;
       EXPECT_FALSE(getErrorMessage().empty()) << where;
       continue;
     }
     ASSERT_NE(nullptr, category) << where;
-    EXPECT_EQ(c.technology, category->getTechnology()) << where;
-    EXPECT_EQ(c.parameters, parameterNames(*category)) << where;
-    if (c.path.size() == 1) {
-      EXPECT_EQ(category, vocabulary->readCategory(c.path[0])) << where;
+    EXPECT_EQ(arrow[1], category->getTechnology()) << where;
+    EXPECT_EQ(arrow[2], parameterNames(*category)) << where;
+    if (path.size() == 1) {
+      EXPECT_EQ(category, vocabulary->readCategory(path[0])) << where;
     }
   }
   clearErrorMessage();
@@ -151,8 +131,15 @@ TEST(MBQVocMapTest, ReadsCategoriesByNameAndByPath) {
   EXPECT_EQ(nullptr, MBQVocMap().readCategory("qos"));
 }
 
-TEST(MBQVocMapTest, IteratorReadsParameterElements) {
+// The handed-out cursor is confined to the parameter: moving it does not move the iteration.
+TEST(MBQVocMapTest, IteratorReadsParametersInOrderWhateverTheCallerDoesWithIt) {
   MBQVocMapSP vocabulary = loaded(kSample);
+  MBQVocIterator empty = vocabulary->readCategory({"quellix", "empty"})->iterator();
+  EXPECT_EQ(-1, empty.next());  // before first()
+  EXPECT_EQ(-1, empty.first());
+  EXPECT_FALSE(empty.isValid());
+  EXPECT_EQ(-1, empty.next());
+
   MBQVocIterator it = vocabulary->readCategory({"quellix", "qos"})->iterator();
   EXPECT_FALSE(it.isValid());
   ASSERT_EQ(0, it.first());
@@ -166,8 +153,12 @@ TEST(MBQVocMapTest, IteratorReadsParameterElements) {
   EXPECT_EQ(0, it->getValue(1304, complexity));
   EXPECT_EQ(2, valueType);
   EXPECT_EQ(1, complexity);
+  EXPECT_NE(0, it->up());
+  EXPECT_EQ(0, it->descend(1010));
 
   ASSERT_EQ(0, it.next());
+  EXPECT_EQ(0, it->getValue(1010, name));
+  EXPECT_EQ("cpuweight", name);
   ASSERT_EQ(0, it.next());
   EXPECT_EQ(0, (*it).getValue(1010, name));
   EXPECT_EQ("cpulimit", name);
@@ -178,26 +169,6 @@ TEST(MBQVocMapTest, IteratorReadsParameterElements) {
   EXPECT_EQ("percent", name);
   EXPECT_EQ(0, it->getValue(1304, complexity));
   EXPECT_EQ(0, complexity);
-}
-
-TEST(MBQVocMapTest, IteratorEndsRestartsAndIgnoresCallerMoves) {
-  MBQVocMapSP vocabulary = loaded(kSample);
-  MBQVocIterator empty = vocabulary->readCategory({"quellix", "empty"})->iterator();
-  EXPECT_EQ(-1, empty.next());  // before first()
-  EXPECT_EQ(-1, empty.first());
-  EXPECT_FALSE(empty.isValid());
-  EXPECT_EQ(-1, empty.next());
-
-  MBQVocIterator it = vocabulary->readCategory("qos")->iterator();
-  ASSERT_EQ(0, it.first());
-  // The handed-out cursor is confined to the parameter; moving it does not move the iteration.
-  EXPECT_NE(0, it->up());
-  EXPECT_EQ(0, it->descend(1010));
-  std::string name;
-  ASSERT_EQ(0, it.next());
-  EXPECT_EQ(0, it->getValue(1010, name));
-  EXPECT_EQ("cpuweight", name);
-  ASSERT_EQ(0, it.next());
   EXPECT_EQ(-1, it.next());
   EXPECT_FALSE(it.isValid());
   EXPECT_EQ(-1, it.next());
@@ -227,17 +198,12 @@ TEST(MBQVocMapTest, ThreadsIterateOneCategoryAtOnce) {
   for (const std::string& names : seen) EXPECT_EQ("numproc,cpuweight,cpulimit", names);
 }
 
-class MBQVocMapFileTest : public ::testing::Test {
- protected:
-  std::string write(const char* name, const std::string& text) {
-    const std::string path = dir_.file(name);
-    std::ofstream(path, std::ios::binary) << text;
-    return path;
-  }
-  test::TempDir dir_;
-};
-
-TEST_F(MBQVocMapFileTest, LoadsFilesAndPrefixesFailuresWithThePath) {
+TEST(MBQVocMapTest, LoadsFilesAndPrefixesFailuresWithThePath) {
+  const test::TempDir dir;
+  const auto write = [&dir](const char* name, const std::string& text) {
+    std::ofstream(dir.file(name), std::ios::binary) << text;
+    return dir.file(name);
+  };
   MBQVocMap vocabulary;
   ASSERT_EQ(0, vocabulary.loadFile(write("good.xml", kSample))) << getErrorMessage();
   EXPECT_NE(nullptr, vocabulary.readCategory({"quellix", "tune"}));
@@ -246,11 +212,8 @@ TEST_F(MBQVocMapFileTest, LoadsFilesAndPrefixesFailuresWithThePath) {
   EXPECT_EQ(-1, vocabulary.loadFile(invalid));
   EXPECT_EQ(invalid + ": invalid vocabulary: category #1: no name", getErrorMessage());
 
-  const std::string missing = dir_.file("missing.xml");
-  EXPECT_EQ(-1, vocabulary.loadFile(missing));
-  EXPECT_EQ(missing + ": can not open: No such file or directory", getErrorMessage());
-  EXPECT_EQ(-1, vocabulary.loadFile(dir_.path()));
-  EXPECT_EQ(dir_.path() + ": can not read: Is a directory", getErrorMessage());
+  EXPECT_EQ(-1, vocabulary.loadFile(dir.path()));
+  EXPECT_EQ(dir.path() + ": can not read: Is a directory", getErrorMessage());
 
   const std::string huge = write("huge.xml", "");
   ASSERT_EQ(0, truncate(huge.c_str(), static_cast<off_t>(MBQVocMap::kMaxFileSize + 1)));
@@ -264,8 +227,7 @@ TEST(MBQVocMapDeathTest, ParameterOfAnInvalidIteratorAborts) {
   MBQVocIterator it = vocabulary->readCategory("qos")->iterator();
   EXPECT_DEATH(it.parameter(), "assertion failed at core/src/MBQFunctionalityCore/MBQVocMap:");
   ASSERT_EQ(0, it.first());
-  while (it.next() == 0) {
-  }
+  while (it.next() == 0) continue;
   EXPECT_DEATH(it->getName(), "MBQVocMap");
 }
 
