@@ -7,7 +7,6 @@
 #include <vector>
 
 #include "KTRFunctionality/KTREnvConfig.h"
-#include "KTRFunctionality/KTRVEth.h"
 #include "KTRRecordTesting.h"
 
 namespace KTR {
@@ -94,27 +93,25 @@ TEST_F(KTREnvConfigTest, ElementsFollowTheFixedOrderWhateverTheSetterOrder) {
   config.setDisabled(false);
   config.setVERootVar(std::string("/var/lib/quellix/root/$VEID"));
   config.setVeid(CtidWrapper(101));
-  const std::vector<std::string> expected{"veid",    "ctid",      "ve_root", "disabled", "uuid", "is_sample",
-                                          "devnodes", "name"};
-  EXPECT_EQ(expected, childNames(at(write(config))));
+  EXPECT_EQ((Texts{"veid", "ctid", "ve_root", "disabled", "uuid", "is_sample", "devnodes", "name"}),
+            childNames(at(write(config))));
 }
 
 TEST_F(KTREnvConfigTest, VeidSubstitutionReplacesBothSpellings) {
-  const std::pair<const char*, const char*> cases[] = {
-      {"/data/root/$VEID", "/data/root/101"},
-      {"${VEID}/x/$VEID", "101/x/101"},
-      {"$VEID$VEID", "101101"},
-      {"no id here", "no id here"},
-      {"$VEI", "$VEI"},
+  // Container id, text, the text with the id put in.
+  const char* const cases[][3] = {
+      {"101", "/data/root/$VEID", "/data/root/101"},
+      {"101", "${VEID}/x/$VEID", "101/x/101"},
+      {"101", "$VEID$VEID", "101101"},
+      {"101", "no id here", "no id here"},
+      {"101", "$VEI", "$VEI"},
+      {"$VEID", "$VEID", "$VEID"},
   };
-  for (const auto& [text, expected] : cases) {
+  for (const auto& [ctid, text, expected] : cases) {
     std::string value = text;
-    KTREnvConfig::veidSubstitute(CtidWrapper(101), value);
+    KTREnvConfig::veidSubstitute(CtidWrapper(std::string(ctid)), value);
     EXPECT_EQ(expected, value) << text;
   }
-  std::string selfReferring = "$VEID";
-  KTREnvConfig::veidSubstitute(CtidWrapper(std::string("$VEID")), selfReferring);
-  EXPECT_EQ("$VEID", selfReferring);
 }
 
 TEST_F(KTREnvConfigTest, ExpandedPathsNeedTheVariableAndTheId) {
@@ -148,37 +145,25 @@ TEST_F(KTREnvConfigTest, AnEmptyListIsWrittenAndReadAsSpecified) {
 
 TEST_F(KTREnvConfigTest, BrokenListItemFailsTheGetterButKeepsEarlierItems) {
   KTREnvConfig config;
-  config.initMsg();
-  auto& it = *config.msg();
-  it.addChildAndDescend("interface_rate");
-  it.setValue("interface", std::string("eth0"));
-  it.setValue("class", 1);
-  it.setValue("rate", 8000);
-  it.up();
-  it.addChildAndDescend("interface_rate");
-  it.setValue("interface", std::string("eth1"));
-  it.up();
+  ASSERT_EQ(0, read(doc("<interface_rate><interface>eth0</interface><class>1</class><rate>8000</rate></interface_rate>"
+                        "<interface_rate><interface>eth1</interface></interface_rate>"),
+                    config));
   MBQOptionalProperty<std::vector<MBQ::MBQInterfaceRate>> rates;
   EXPECT_EQ(-1, config.getRatesList(rates));
   EXPECT_EQ(1u, rates.get().size());
 }
 
 TEST_F(KTREnvConfigTest, FeatureItemsNeedAValueButNotAKey) {
+  const std::string keyless = "<features><value>keyless</value></features>";
   KTREnvConfig config;
-  config.initMsg();
-  auto& it = *config.msg();
-  it.addChildAndDescend("features");
-  it.setValue(1018, std::string("keyless"));
-  it.up();
+  ASSERT_EQ(0, read(doc(keyless), config));
   MBQOptionalProperty<std::map<std::string, std::string>> features(std::map<std::string, std::string>{{"s", "x"}});
   ASSERT_EQ(0, config.getDevNodes(features));  // none: read as unspecified, not as a failure
   EXPECT_FALSE(features.isSpecified());
   ASSERT_EQ(0, config.getFeatures(features));
   EXPECT_TRUE(features.isSpecified());
   EXPECT_EQ((std::map<std::string, std::string>{{"", "keyless"}}), features.get());
-  it.addChildAndDescend("features");
-  it.setValue(1026, std::string("valueless"));
-  it.up();
+  ASSERT_EQ(0, read(doc(keyless + "<features><key>valueless</key></features>"), config));
   EXPECT_EQ(-1, config.getFeatures(features));
 }
 

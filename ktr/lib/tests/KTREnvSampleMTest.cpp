@@ -7,7 +7,6 @@
 #include <vector>
 
 #include "KTRFunctionality/KTREnvConfig.h"
-#include "KTRFunctionality/KTRVocabulary.h"
 #include "KTRRecordTesting.h"
 #include "MBQCore/MBQError.h"
 
@@ -44,15 +43,6 @@ const Values kGood = {MBQQoS("a", 10, 20), MBQQoS("b", 30, 40)};
 
 class KTREnvSampleMTest : public ::testing::Test {
  protected:
-  int validate(const KTREnvConfig& config) {
-    out_.clear();
-    return validateQoSes(&out_, vocabulary_, config);
-  }
-  std::vector<int> ids() const {
-    std::vector<int> found;
-    for (const KTRQoSValidation& r : out_) found.push_back(r.getId());
-    return found;
-  }
   MBQ::MBQVocMapSP vocabulary_ = testing::vocabularyFrom(kVocabulary);
   std::vector<KTRQoSValidation> out_;
 };
@@ -64,16 +54,17 @@ TEST_F(KTREnvSampleMTest, AddsViolationsAfterWhatTheOutputHeld) {
   // Formula 1 is broken by b, formula 2 by a and b.
   ASSERT_EQ(0, validateQoSes(&out_, vocabulary_, configWith({MBQQoS("a", 30, 50), MBQQoS("b", 50, 40)})))
       << MBQ::getErrorMessage();
-  EXPECT_EQ((std::vector<int>{0, 1, 2}), ids());
+  ASSERT_EQ(3u, out_.size());
+  for (int i = 0; i < 3; ++i) EXPECT_EQ(i, out_[i].getId()) << "the record held, then formulas 1 and 2";
 }
 
 // An empty set of resources, as read from a file without any, fails the same way: validate.t's
 // "no resource values to validate" step.
 TEST_F(KTREnvSampleMTest, AConfigurationWithoutResourcesOrAFailingCheckerFails) {
-  EXPECT_EQ(kTuneFailed, validate(KTREnvConfig()));
+  EXPECT_EQ(kTuneFailed, validateQoSes(&out_, vocabulary_, KTREnvConfig()));
   EXPECT_EQ("invalid vocabulary", MBQ::getErrorMessage()) << "the wording callers match on";
   vocabulary_ = nullptr;
-  EXPECT_EQ(kTuneFailed, validate(configWith(kGood)));
+  EXPECT_EQ(kTuneFailed, validateQoSes(&out_, vocabulary_, configWith(kGood)));
   EXPECT_TRUE(out_.empty());
 }
 

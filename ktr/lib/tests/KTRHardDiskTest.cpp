@@ -48,29 +48,25 @@ HqFS hqfs(const std::string& path) {
   return disk;
 }
 
-std::vector<std::string> pieces(const std::string& text, const std::string& separators) {
-  std::vector<std::string> out;
-  EXPECT_EQ(0, Format::Load(text, separators, std::back_inserter(out), [](const std::string& s) { return s; }));
-  return out;
-}
+const auto kSame = [](const std::string& s) { return s; };
 
 class KTRHardDiskTest : public testing::RecordTest {};
 
 TEST_F(KTRHardDiskTest, LoadSplitsAtEverySeparatorTrimsAndSkipsEmptyPieces) {
-  for (const auto& c : MBQ::test::caseRows(__FILE__, "load"))
-    EXPECT_EQ(std::vector<std::string>(c.begin() + 2, c.end()), pieces(c.at(0), c.at(1))) << c[0];
+  for (const auto& c : MBQ::test::caseRows(__FILE__, "load")) {
+    std::vector<std::string> pieces;
+    EXPECT_EQ(0, Format::Load(c.at(0), c.at(1), std::back_inserter(pieces), kSame)) << c[0];
+    EXPECT_EQ(std::vector<std::string>(c.begin() + 2, c.end()), pieces) << c[0];
+  }
 }
 
 TEST_F(KTRHardDiskTest, SaveSeparatesOnlyNonEmptyTexts) {
-  struct Case {
-    std::vector<std::string> items;
-    const char* expected;
-  };
-  const Case cases[] = {{{}, ""}, {{"a", "b"}, "a;b"}, {{"", "a"}, "a"}, {{"a", ""}, "a"}, {{"a", "", "b"}, "a;b"}};
-  for (const Case& c : cases) {
+  const std::pair<std::vector<std::string>, const char*> cases[] = {
+      {{}, ""}, {{"a", "b"}, "a;b"}, {{"", "a"}, "a"}, {{"a", ""}, "a"}, {{"a", "", "b"}, "a;b"}};
+  for (const auto& [items, expected] : cases) {
     std::string out = "stale";
-    EXPECT_EQ(0, Format::Save(c.items, ';', out, [](const std::string& s) { return s; }));
-    EXPECT_EQ(c.expected, out);
+    EXPECT_EQ(0, Format::Save(items, ';', out, kSame));
+    EXPECT_EQ(expected, out);
   }
 }
 
@@ -87,14 +83,8 @@ TEST_F(KTRHardDiskTest, NameValueTakesNameAndFirstWord) {
   EXPECT_EQ((std::map<std::string, std::string>{{"j", "3"}, {"k", "1"}}), map) << "the first of two names counts";
 }
 
-// No DISK value reads as this disk (an image needs a size above 0), so its text shows only here;
-// `expanded` is not in the text. The text of disks read from a file shows in ktrctl's
-// read-devices transcript.
-TEST_F(KTRHardDiskTest, DromoTextFormOfADiskNoFileMakes) {
-  EXPECT_EQ("image=/a.img,size=-5,uuid={" + kGuidText + "}", dromo("/a.img", -5, kGuid, false).toString());
-}
-
-TEST_F(KTRHardDiskTest, DromoFromStringTable) {
+// The text of disks read from a file shows in ktrctl's read-devices transcript.
+TEST_F(KTRHardDiskTest, DromoTextForms) {
   for (const auto& c : MBQ::test::caseRows(__FILE__, "dromo")) {
     MBQ::MBQGUID uuid;
     if (c.size() > 3 && !c[3].empty()) { ASSERT_EQ(0, uuid.fromString(c[3])); }
@@ -103,6 +93,9 @@ TEST_F(KTRHardDiskTest, DromoFromStringTable) {
     read.fromString(c[0]);
     EXPECT_EQ(expected, read) << c[0];
   }
+  // No DISK value reads as this disk (an image needs a size above 0), so its text shows only
+  // here; `expanded` is not in the text.
+  EXPECT_EQ("image=/a.img,size=-5,uuid={" + kGuidText + "}", dromo("/a.img", -5, kGuid, false).toString());
 }
 
 TEST_F(KTRHardDiskTest, DromoFromStringFillsInPlace) {
@@ -121,13 +114,11 @@ TEST_F(KTRHardDiskTest, DromoFromStringFillsInPlace) {
 
 TEST_F(KTRHardDiskTest, ListWithoutDisksDoesNotRead) {
   for (const char* type : {"ct_dromo_disk", "ct_loopback_disk", "ct_hqfs"}) {
-    MBQ::MBQMessage message;
-    auto it = message.iterator();
-    ASSERT_EQ(0, it->addChildAndDescend("r"));
-    ASSERT_EQ(0, it->setSchemaType(type, MBQ::kTypesNamespace));
+    const std::string text = std::string("<m xmlns:xsi='http://www.w3.org/2001/XMLSchema-instance' xmlns:ktr='") +
+                             MBQ::kTypesNamespace + "'><r xsi:type='ktr:" + type + "'/></m>";
     auto kept = std::make_shared<DromoList>();
     std::shared_ptr<List::Base> read = kept;
-    EXPECT_EQ(-1, MBQ::MBQReaderDerivedValid<List::Base>(false)(at(message.toString()), read)) << type;
+    EXPECT_EQ(-1, MBQ::MBQReaderDerivedValid<List::Base>(false)(at(text), read)) << type;
     EXPECT_EQ(kept, read) << "a failed read leaves the pointer";
   }
 }
@@ -142,11 +133,7 @@ TEST_F(KTRHardDiskTest, EmptyImageListsHaveNoMessageForm) {
 }
 
 TEST_F(KTRHardDiskTest, ValidatorMarksListsThatPointAtStorage) {
-  struct Case {
-    std::shared_ptr<List::Base> list;
-    int expected;
-  };
-  const Case cases[] = {
+  const std::pair<std::shared_ptr<List::Base>, int> cases[] = {
       {std::make_shared<List::HqFS>(hqfs("")), 0},
       {std::make_shared<List::HqFS>(hqfs("/var/lib/quellix/private/101")), 1},
       {std::make_shared<DromoList>(), 0},
@@ -155,7 +142,7 @@ TEST_F(KTRHardDiskTest, ValidatorMarksListsThatPointAtStorage) {
       {std::make_shared<LoopbackList>(std::vector<Loopback>{Loopback(), loopback(kGuid)}), 0},
   };
   int index = 0;
-  for (const Case& c : cases) EXPECT_EQ(c.expected, validateReplacement(*c.list)) << "case " << index++;
+  for (const auto& [list, expected] : cases) EXPECT_EQ(expected, validateReplacement(*list)) << "case " << index++;
 }
 
 TEST_F(KTRHardDiskTest, SaveVisitorWritesOnlyImageDiskLists) {

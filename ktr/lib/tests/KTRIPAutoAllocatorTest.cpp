@@ -14,11 +14,7 @@ using MBQ::MBQIPv6;
 MBQIPPoolAllocation makeAllocation(const char* gateway, const std::vector<const char*>* servers) {
   MBQIPPoolAllocation allocation;
   allocation.setGateway(MBQIPv6(std::string(gateway)));
-  if (servers != nullptr) {
-    std::vector<MBQIPv6> list;
-    for (const char* server : *servers) list.push_back(MBQIPv6(std::string(server)));
-    allocation.setAddresses(list);
-  }
+  if (servers != nullptr) allocation.setAddresses(std::vector<MBQIPv6>(servers->begin(), servers->end()));
   return allocation;
 }
 

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <cstring>
 #include <limits>
 #include <map>
 #include <set>
@@ -22,20 +21,12 @@ constexpr std::int64_t kMin = std::numeric_limits<std::int64_t>::min();
 
 struct Formula {
   int id;
-  std::string text;  // as the formula reader sees it (escaped for the XML here)
+  std::string text;  // as the XML holds it: "<" written "&lt;"
   std::string info;
 };
 
-std::string escaped(const std::string& text) {
-  std::string out;
-  for (char c : text) {
-    if (c == '<') out += "&lt;";
-    else if (c == '>') out += "&gt;";
-    else if (c == '&') out += "&amp;";
-    else out += c;
-  }
-  return out;
-}
+// The checker does not use its configuration.
+const MBQ::MBQVEnvConfig kConfig;
 
 // Resources a, b, c, x, y (indexes 1-5) and d (6, complexity 2: not a member of QOS); QOS is 7.
 const char* const kResources =
@@ -51,9 +42,8 @@ std::string vocabularyText(const std::string& resources, const std::vector<Formu
                      "</category><category><name>tune</name>";
   int n = 0;
   for (const Formula& f : formulas)
-    text += "<parameter><name>f" + std::to_string(++n) + "</name><type>" + std::to_string(f.id) +
-            "</type><formula>" + escaped(f.text) + "</formula><formula_info>" + f.info +
-            "</formula_info></parameter>";
+    text += "<parameter><name>f" + std::to_string(++n) + "</name><type>" + std::to_string(f.id) + "</type><formula>" +
+            f.text + "</formula><formula_info>" + f.info + "</formula_info></parameter>";
   return text + "</category></technology></vocabulary>";
 }
 
@@ -77,9 +67,8 @@ std::string render(const KTRQVPolishNotation& notation) {
 
 class KTRQoSTuneTest : public ::testing::Test {
  protected:
-  KTRQoSTuneTest() : tune_(config_, vocabulary({{1, "a", "m"}})) { EXPECT_EQ(0, tune_.init()); }
+  KTRQoSTuneTest() : tune_(kConfig, vocabulary({{1, "a", "m"}})) { EXPECT_EQ(0, tune_.init()); }
 
-  MBQ::MBQVEnvConfig config_;
   KTRQVTune tune_;
 };
 
@@ -116,11 +105,8 @@ TEST(KTRQoSTuneTokenTest, ReadsOneTokenAndAdvances) {
 }
 
 TEST(KTRQoSTuneTokenTest, OperatorFunctionsComputeWithWrapAndASafeDivision) {
-  struct Case {
-    int row;
-    std::int64_t a, b, expected;
-  };
-  const Case cases[] = {
+  // Row, operands, result.
+  const std::int64_t cases[][4] = {
       {3, 2, -1, 1},    {3, 0, 5, 0},        {3, 5, 0, 0},        {4, 3, 3, 1},       {4, 2, 3, 0},
       {5, 3, 3, 1},     {5, 4, 3, 0},        {6, 4, 3, 1},        {6, 3, 3, 0},       {7, 2, 3, 1},
       {7, 3, 3, 0},     {8, 3, 3, 1},        {9, -4, 3, 1},       {10, 3, -4, 1},     {11, -4, 3, 1},
@@ -128,10 +114,9 @@ TEST(KTRQoSTuneTokenTest, OperatorFunctionsComputeWithWrapAndASafeDivision) {
       {14, 2, 3, -1},   {14, kMin, 1, kMax}, {15, 6, -7, -42},    {15, kMax, 2, -2},  {15, kMin, -1, kMin},
       {16, 7, 2, 3},    {16, -7, 2, -3},     {16, 7, 0, 0},       {16, kMin, -1, kMin},
   };
-  for (const Case& c : cases) {
-    ASSERT_NE(nullptr, KTRQVOperatorTable[c.row].function) << c.row;
-    EXPECT_EQ(c.expected, KTRQVOperatorTable[c.row].function(c.a, c.b))
-        << KTRQVOperatorTable[c.row].text << " " << c.a << " " << c.b;
+  for (const auto& [row, a, b, expected] : cases) {
+    ASSERT_NE(nullptr, KTRQVOperatorTable[row].function) << row;
+    EXPECT_EQ(expected, KTRQVOperatorTable[row].function(a, b)) << KTRQVOperatorTable[row].text << " " << a << " " << b;
   }
   EXPECT_EQ(nullptr, KTRQVOperatorTable[kOperatorRows].text);
   for (int row : {kOperatorEnd, kOperatorOpen, kOperatorClose}) EXPECT_EQ(nullptr, KTRQVOperatorTable[row].function);
@@ -158,35 +143,27 @@ TEST_F(KTRQoSTuneTest, RejectsAZeroByteAndASecondMultipleName) {
 }
 
 TEST(KTRQoSTuneInitTest, FailsWithTheStatusAndMessage) {
-  struct Case {
-    std::string vocabulary;  // empty: no vocabulary at all
-    const char* message;
-  };
-  const std::string head = "<vocabulary><technology><name>quellix</name>";
+  const std::string qos = "<category><name>qos</name>" + std::string(kResources) + "</category>";
   const std::string tune = "<category><name>tune</name><parameter><name>f</name><type>1</type>"
                            "<formula>a</formula><formula_info>m</formula_info></parameter></category>";
-  const Case cases[] = {
+  // The vocabulary (empty: none at all), the message.
+  const std::pair<std::string, const char*> cases[] = {
       {"", "invalid vocabulary"},
-      {"<vocabulary><category><name>qos</name>" + std::string(kResources) + "</category>" + tune + "</vocabulary>",
-       "can not read QOS from vocabulary"},
-      {head + "<category><name>qos</name></category>" + tune + "</technology></vocabulary>",
-       "can not read QOS from vocabulary"},
-      {head + "<category><name>qos</name>" + kResources + "</category></technology></vocabulary>",
-       "can not read FORMULAE"},
-      {head + "<category><name>qos</name>" + kResources + "</category><category><name>tune</name></category>"
-              "</technology></vocabulary>",
-       "can not read FORMULAE"},
-      {vocabularyText(kResources, {{1, "a <= b", "m"}, {2, "(a) b", "m"}}), "can not parse formula: (a) b"},
-      {vocabularyText(kResources, {{1, "QOS.soft <= a.limit", "m"}}), "can not parse formula: QOS.soft <= a.limit"},
+      {"<vocabulary>" + qos + tune + "</vocabulary>", "can not read QOS from vocabulary"},
+      {vocabularyText("", {{1, "a", "m"}}), "can not read QOS from vocabulary"},
+      {"<vocabulary><technology><name>quellix</name>" + qos + "</technology></vocabulary>", "can not read FORMULAE"},
+      {vocabularyText(kResources, {}), "can not read FORMULAE"},
+      {vocabularyText(kResources, {{1, "a &lt;= b", "m"}, {2, "(a) b", "m"}}), "can not parse formula: (a) b"},
+      {vocabularyText(kResources, {{1, "QOS.soft &lt;= a.limit", "m"}}),
+       "can not parse formula: QOS.soft <= a.limit"},
       {vocabularyText("<parameter><name>QOS</name></parameter>", {{1, "1", "m"}}),
        "double index 'QOS' in formulas initialization"},
   };
-  for (const Case& c : cases) {
-    MBQ::MBQVEnvConfig config;
-    KTRQVTune checker(config, c.vocabulary.empty() ? nullptr : vocabularyFrom(c.vocabulary));
+  for (const auto& [text, message] : cases) {
+    KTRQVTune checker(kConfig, text.empty() ? nullptr : vocabularyFrom(text));
     MBQ::clearErrorMessage();
-    EXPECT_EQ(kTuneFailed, checker.init()) << c.vocabulary;
-    EXPECT_EQ(c.message, MBQ::getErrorMessage()) << c.vocabulary;
+    EXPECT_EQ(kTuneFailed, checker.init()) << text;
+    EXPECT_EQ(message, MBQ::getErrorMessage()) << text;
     EXPECT_TRUE(checker.getFormulas().empty());
     std::vector<KTRQVTuneFailure> failures;
     EXPECT_EQ(kTuneFailed, checker.checkParameters({}, failures));
@@ -194,23 +171,20 @@ TEST(KTRQoSTuneInitTest, FailsWithTheStatusAndMessage) {
 }
 
 TEST(KTRQoSTuneInitTest, ARetryAfterAFailedInitMeetsItsOwnNames) {
-  MBQ::MBQVEnvConfig config;
-  KTRQVTune tune(config, vocabulary({{1, "(a)", "m"}}));
+  KTRQVTune tune(kConfig, vocabulary({{1, "(a)", "m"}}));
   EXPECT_EQ(kTuneFailed, tune.init());
   EXPECT_EQ(kTuneFailed, tune.init());
   EXPECT_EQ("double index 'a' in formulas initialization", MBQ::getErrorMessage());
 }
 
 TEST(KTRQoSTuneInitTest, IndexesResourcesThenQOSAndKeepsFormulasInOrder) {
-  const std::string text = vocabularyText(kResources, {{11, "a <= b", "first"}, {12, "QOS >= 0", "second"}}) ;
+  std::string text = vocabularyText(kResources, {{11, "a &lt;= b", "first"}, {12, "QOS >= 0", "second"}});
   // A formula without an id, a text or a message is skipped.
-  std::string incomplete = text;
-  incomplete.insert(incomplete.find("</category></technology>"),
-                    "<parameter><name>n</name><formula>a</formula><formula_info>m</formula_info></parameter>"
-                    "<parameter><name>o</name><type>3</type><formula_info>m</formula_info></parameter>"
-                    "<parameter><name>p</name><type>4</type><formula>a</formula></parameter>");
-  MBQ::MBQVEnvConfig config;
-  KTRQVTune tune(config, vocabularyFrom(incomplete));
+  text.insert(text.find("</category></technology>"),
+              "<parameter><name>n</name><formula>a</formula><formula_info>m</formula_info></parameter>"
+              "<parameter><name>o</name><type>3</type><formula_info>m</formula_info></parameter>"
+              "<parameter><name>p</name><type>4</type><formula>a</formula></parameter>");
+  KTRQVTune tune(kConfig, vocabularyFrom(text));
   ASSERT_EQ(0, tune.init()) << MBQ::getErrorMessage();
   EXPECT_EQ(0, tune.init());
   EXPECT_EQ(7, tune.getLastIndex());
@@ -226,14 +200,10 @@ TEST(KTRQoSTuneInitTest, IndexesResourcesThenQOSAndKeepsFormulasInOrder) {
 
 // 98 resources fit (99 are refused: formulas.t), the last one's hard part still below QOS.
 TEST(KTRQoSTuneInitTest, IndexesStayBelowTheHardPartOffset) {
-  const auto resources = [](int count) {
-    std::string text;
-    for (int i = 0; i < count; ++i)
-      text += "<parameter><name>r" + std::to_string(i) + "</name><complexity>1</complexity></parameter>";
-    return text;
-  };
-  MBQ::MBQVEnvConfig config;
-  KTRQVTune fits(config, vocabularyFrom(vocabularyText(resources(98), {{1, "r97.hard >= 0", "m"}})));
+  std::string resources;
+  for (int i = 0; i < 98; ++i)
+    resources += "<parameter><name>r" + std::to_string(i) + "</name><complexity>1</complexity></parameter>";
+  KTRQVTune fits(kConfig, vocabularyFrom(vocabularyText(resources, {{1, "r97.hard >= 0", "m"}})));
   ASSERT_EQ(0, fits.init()) << MBQ::getErrorMessage();
   EXPECT_EQ(99, fits.getLastIndex());
   EXPECT_EQ("P198 N0 O8", render(fits.getFormulas().front()));
@@ -246,29 +216,19 @@ KTRQVParamsValue value(std::int64_t soft, std::int64_t hard) {
   return v;
 }
 
-// A violated formula's id and the indexes it read.
-using Violation = std::pair<int, std::set<int>>;
-
-std::vector<Violation> violations(const std::vector<KTRQVTuneFailure>& failures) {
-  std::vector<Violation> out;
-  for (const KTRQVTuneFailure& f : failures) out.push_back({f.formula->id, f.used});
-  return out;
-}
-
 TEST(KTRQoSTuneCheckTest, AnAbsentParameterFailsTheWholeCheck) {
-  MBQ::MBQVEnvConfig config;
-  KTRQVTune tune(config, vocabulary({{1, "a <= a.hard", "m"}, {2, "a.hard <= b.hard", "n"}, {3, "c", "o"}}));
+  KTRQVTune tune(kConfig, vocabulary({{1, "a &lt;= a.hard", "m"}, {2, "a.hard &lt;= b.hard", "n"}, {3, "c", "o"}}));
   std::vector<KTRQVTuneFailure> failures;
   EXPECT_EQ(kTuneParameterAbsent, tune.checkParameters({{"a", value(2, 1)}}, failures));
   EXPECT_EQ("parameter 'b' is absent", MBQ::getErrorMessage());
-  EXPECT_EQ((std::vector<Violation>{{1, {1}}}), violations(failures));  // found before the failure
-  EXPECT_EQ(&tune.getFormulas().front(), failures.front().formula);
+  ASSERT_EQ(1u, failures.size()) << "the violation found before the failure stays";
+  EXPECT_EQ(&tune.getFormulas().front(), failures[0].formula);
+  EXPECT_EQ(std::set<int>{1}, failures[0].used);
 }
 
 // Violations checked through formulas.t; here what no container file can hold.
 TEST(KTRQoSTuneCheckTest, UnknownNamesTheMultipleNameAndNonMembersOfQOSAreIgnored) {
-  MBQ::MBQVEnvConfig config;
-  KTRQVTune tune(config, vocabulary({{1, "QOS.soft <= QOS.hard", "m"}}));
+  KTRQVTune tune(kConfig, vocabulary({{1, "QOS.soft &lt;= QOS.hard", "m"}}));
   std::vector<KTRQVTuneFailure> failures;
   // "QOS" holds the highest index: the by-index array has a slot for it. d is of complexity 2.
   ASSERT_EQ(0, tune.checkParameters({{"zz", value(9, 1)}, {"QOS", value(9, 1)}, {"A", value(9, 1)}, {"d", value(9, 1)}},

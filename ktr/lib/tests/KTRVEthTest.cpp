@@ -13,44 +13,27 @@ namespace {
 
 using MBQ::MBQIPAddress;
 
-struct VethFields {
-  const char* name;
-  std::vector<const char*> addresses;
-  const char* network;
-  const char* gateway;
-  const char* gateway6;
-  bool dhcp;
-  bool dhcp6;
-  const char* mac;
-  bool hostRouted;
-};
-
-KTRNetVEth makeVeth(const VethFields& f) {
-  KTRNetVEth veth;
-  veth.setName(f.name);
-  for (const char* address : f.addresses) veth.addAddress(MBQIPAddress(address));
-  veth.setNetwork(f.network);
-  veth.setGateway(f.gateway);
-  veth.setGateway6(f.gateway6);
-  veth.setDhcp(f.dhcp);
-  veth.setDhcp6(f.dhcp6);
-  veth.setMac(f.mac);
-  veth.setHostRouted(f.hostRouted);
-  return veth;
-}
-
 // What a NETIF text reads as on a fresh record, and the text a record is written as, show in
 // ktrctl's read-devices transcript; here: reading over a record that holds values, and odd texts
 // whose written form must stay stable.
 
 TEST(KTRVEthTest, FromStringChangesOnlyNamedFieldsAndAppendsAddresses) {
-  KTRNetVEth veth = makeVeth({"eth0", {"10.0.0.1"}, "n", "g", "g6", true, true, "m", true});
+  KTRNetVEth veth;
+  veth.setName("eth0");
+  veth.addAddress(MBQIPAddress("10.0.0.1"));
+  veth.setNetwork("n");
+  veth.setGateway("g");
+  veth.setGateway6("g6");
+  veth.setDhcp(true);
+  veth.setDhcp6(true);
+  veth.setMac("m");
+  veth.setHostRouted(true);
   veth.setWinsServers({"w"});
   veth.setNameservers({"s"});
+  KTRNetVEth expected = veth;
+  expected.addAddress(MBQIPAddress("10.0.0.2"));
+  expected.setGateway("h");
   veth.fromString("ip=10.0.0.2,gw=h");
-  KTRNetVEth expected = makeVeth({"eth0", {"10.0.0.1", "10.0.0.2"}, "n", "h", "g6", true, true, "m", true});
-  expected.setWinsServers({"w"});
-  expected.setNameservers({"s"});
   EXPECT_EQ(expected, veth);
 }
 
@@ -82,7 +65,10 @@ TEST(KTRVEthTest, FromStringConverterPassesAFailureOn) {
 }
 
 TEST(KTRVEthMessageTest, ReadingReplacesListsAndSetsTheFlagByPresence) {
-  KTRNetVEth read = makeVeth({"eth0", {}, "", "", "", false, false, "02:00:00:00:00:01", true});
+  KTRNetVEth read;
+  read.setName("eth0");
+  read.setMac("02:00:00:00:00:01");
+  read.setHostRouted(true);
   read.setWinsServers({"10.0.0.100", "10.0.0.101"});
   read.setNameservers({"10.0.0.53"});
   MBQ::MBQMessage message;
