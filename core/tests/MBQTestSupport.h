@@ -132,30 +132,25 @@ inline std::vector<std::vector<std::string>> caseRows(const std::string& source,
     }
     if (!inSection) continue;
     auto& row = rows.emplace_back();
-    for (std::size_t i = 0; i < line.size();) {
-      if (line[i] == ' ') {
-        ++i;
-      } else if (line[i] != '"') {
+    for (std::size_t i = 0; i < line.size(); ++i) {
+      if (line[i] == ' ') continue;
+      if (line[i] != '"') {
         const std::size_t end = std::min(line.find(' ', i), line.size());
         row.push_back(line.substr(i, end - i));
         i = end;
-      } else {
-        std::string field;
-        for (++i; i < line.size() && line[i] != '"'; ++i) {
-          if (line[i] != '\\') {
-            field += line[i];
-            continue;
-          }
-          const char c = line[++i];
-          if (c == 'x') {
-            field += static_cast<char>(std::stoi(line.substr(i + 1, 2), nullptr, 16));
-            i += 2;
-          } else {
-            field += c == 't' ? '\t' : c == 'n' ? '\n' : c == 'r' ? '\r' : c == '0' ? '\0' : c;
-          }
+        continue;
+      }
+      std::string& field = row.emplace_back();
+      for (++i; i < line.size() && line[i] != '"'; ++i) {
+        if (line[i] != '\\') {
+          field += line[i];
+        } else if (line[++i] == 'x') {
+          field += static_cast<char>(std::stoi(line.substr(i + 1, 2), nullptr, 16));
+          i += 2;
+        } else {
+          const char c = line[i];
+          field += c == 't' ? '\t' : c == 'n' ? '\n' : c == 'r' ? '\r' : c == '0' ? '\0' : c;
         }
-        row.push_back(field);
-        ++i;
       }
     }
   }

@@ -6,10 +6,15 @@
 #include "MBQCore/MBQError.h"
 #include "MBQMessage/MBQMessage.h"
 #include "MBQMessage/MBQNamespaces.h"
-#include "MBQMessage/MBQTagTable.h"
 
 namespace MBQ {
 namespace {
+
+// The schema type the cursor's element declares; "(none)" when it declares none that reads.
+std::string schemaType(const MBQMessageIterator& it) {
+  std::string type;
+  return it.getSchemaType(type) == 0 ? type : "(none)";
+}
 
 TEST(MBQMessageTest, MalformedXmlFailsWithLineAndColumnAndKeepsOldDocument) {
   for (const auto& bad : test::caseRows(__FILE__, "malformed")) {
@@ -33,8 +38,7 @@ TEST(MBQMessageTest, ParsedTextSurvivesSerialisation) {
 
 TEST(MBQMessageTest, ExternalEntitiesAreNeverLoaded) {
   MBQMessage message;
-  const char* xxe =
-      "<!DOCTYPE r [<!ENTITY e SYSTEM 'file:///etc/passwd'>]><r><v>&e;</v></r>";
+  const char* xxe = "<!DOCTYPE r [<!ENTITY e SYSTEM 'file:///etc/passwd'>]><r><v>&e;</v></r>";
   if (message.parse(xxe) == 0) {
     std::string value;
     message.iterator()->getValue("v", value);
@@ -105,20 +109,16 @@ TEST(MBQMessageTest, SchemaTypeIsNamespaceQualifiedAndSurvivesImport) {
   ASSERT_EQ(0, it->setSchemaType("venv_configType", kTypesNamespace));
   it->addChildAndDescend("inner");
   ASSERT_EQ(0, it->setSchemaType(292, 122));
-  std::string type;
-  ASSERT_EQ(0, it->getSchemaType(type));
-  EXPECT_EQ(std::string(kCoreTypesNamespace) + ":envType", type);
+  EXPECT_EQ(std::string(kCoreTypesNamespace) + ":envType", schemaType(*it));
 
   // A target whose "ktr" prefix is bound to something else forces new prefixes on import.
   MBQMessage target = test::parsed("<t xmlns:ktr='urn:other' xmlns:mbq='urn:else'/>");
   ASSERT_EQ(0, target.iterator()->importChildren(*source.iterator()));
   auto in = test::reparsed(target).iterator();
   ASSERT_EQ(0, in->descend("rec"));
-  ASSERT_EQ(0, in->getSchemaType(type));
-  EXPECT_EQ(std::string(kTypesNamespace) + ":venv_configType", type) << target.toString();
+  EXPECT_EQ(std::string(kTypesNamespace) + ":venv_configType", schemaType(*in)) << target.toString();
   ASSERT_EQ(0, in->descend("inner"));
-  ASSERT_EQ(0, in->getSchemaType(type));
-  EXPECT_EQ(std::string(kCoreTypesNamespace) + ":envType", type) << target.toString();
+  EXPECT_EQ(std::string(kCoreTypesNamespace) + ":envType", schemaType(*in)) << target.toString();
 }
 
 TEST(MBQMessageTest, ImportKeepsATypeWhoseLocalPartHoldsAColon) {
@@ -128,28 +128,24 @@ TEST(MBQMessageTest, ImportKeepsATypeWhoseLocalPartHoldsAColon) {
   ASSERT_EQ(0, target.iterator()->importChildren(*source.iterator()));
   auto it = test::reparsed(target).iterator();
   ASSERT_EQ(0, it->descend("a"));
-  std::string type;
-  ASSERT_EQ(0, it->getSchemaType(type));
-  EXPECT_EQ("urn:p:b:c", type);
+  EXPECT_EQ("urn:p:b:c", schemaType(*it));
 }
 
 TEST(MBQMessageTest, SchemaTypeFailuresAreReported) {
   MBQMessage message = test::parsed("<r xmlns:xsi='http://www.w3.org/2001/XMLSchema-instance'>"
                                     "<a xsi:type='nope:t'/><b/><c xsi:type='plain'/></r>");
   auto it = message.iterator();
-  std::string type;
   ASSERT_EQ(0, it->descend("a"));
-  EXPECT_NE(0, it->getSchemaType(type)) << "unbound prefix";
+  EXPECT_EQ("(none)", schemaType(*it)) << "unbound prefix";
   it->up();
   ASSERT_EQ(0, it->descend("b"));
-  EXPECT_NE(0, it->getSchemaType(type));
+  EXPECT_EQ("(none)", schemaType(*it));
   EXPECT_NE(0, it->setSchemaType(292, 9999));
   EXPECT_NE(0, it->setSchemaType(777, 120));
   EXPECT_NE(0, it->setSchemaType("", "urn:x")) << "a type needs a name";
   it->up();
   ASSERT_EQ(0, it->descend("c"));
-  ASSERT_EQ(0, it->getSchemaType(type));
-  EXPECT_EQ("plain", type);
+  EXPECT_EQ("plain", schemaType(*it));
 }
 
 TEST(MBQMessageTest, NamespacesAreDeclaredOnceAndResetByZero) {
@@ -164,11 +160,9 @@ TEST(MBQMessageTest, NamespacesAreDeclaredOnceAndResetByZero) {
   ASSERT_EQ(0, it->setNamespace(0));
   it->setValue("d", 3);
   EXPECT_NE(0, it->setNamespace(12345));
-  const std::string text = message.toString();
-  EXPECT_NE(std::string::npos, text.find("<ktr:a>1</ktr:a>")) << text;
-  EXPECT_NE(std::string::npos, text.find("<b><ktr:c>2</ktr:c></b>")) << text;
-  EXPECT_NE(std::string::npos, text.find("<d>3</d>")) << text;
-  EXPECT_EQ(text.find("xmlns:ktr"), text.rfind("xmlns:ktr")) << text;
+  EXPECT_EQ(std::string("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<message xmlns:ktr=\"") + kTypesNamespace +
+                "\"><ktr:a>1</ktr:a><b><ktr:c>2</ktr:c></b><d>3</d></message>\n",
+            message.toString());
 }
 
 TEST(MBQMessageTest, ChildOrderPlacesRankedChildrenBeforeUnranked) {

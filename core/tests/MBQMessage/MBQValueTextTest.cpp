@@ -31,8 +31,7 @@ TEST(MBQValueTextTest, IntegersAndTruthValues) {
 }
 
 TEST(MBQValueTextTest, DoublesRoundTripInShortestForm) {
-  const double values[] = {0.0, -0.0, 0.1, 1.0 / 3, 1e300, 5e-324, -2.5, 123456789.0};
-  for (double value : values) {
+  for (double value : {0.0, -0.0, 0.1, 1.0 / 3, 1e300, 5e-324, -2.5, 123456789.0}) {
     double back = 1;
     ASSERT_EQ(0, MBQValueText<double>::parse(MBQValueText<double>::format(value), back));
     EXPECT_EQ(value, back);

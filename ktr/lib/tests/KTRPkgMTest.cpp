@@ -13,36 +13,31 @@
 namespace KTR {
 namespace {
 
-class KTRPkgMTest : public testing::RecordTest {
- protected:
-  KTRPkgMTest() {
-    version_.setVersionText("4.2");
-    version_.setPrimaryFlag(true);
-    version_.setSecondaryFlag(true);
-    version_.setTemplates({KTRTemplate("centos-7-x86_64", "20240101"), KTRTemplate("centos-7-minimal")});
-    text_ = write(version_);
-  }
-  KTRPackageVersion version_;
-  std::string text_;
-};
+class KTRPkgMTest : public testing::RecordTest {};
 
 TEST_F(KTRPkgMTest, LenientVersionReaderNeverFailsAndKeepsWhatItCannotRead) {
-  const std::vector<KTRTemplate> all = version_.getTemplates(), first = {all.front()}, none;
+  KTRPackageVersion version;
+  version.setVersionText("4.2");
+  version.setPrimaryFlag(true);
+  version.setSecondaryFlag(true);
+  version.setTemplates({KTRTemplate("centos-7-x86_64", "20240101"), KTRTemplate("centos-7-minimal")});
+  const std::string text = write(version);
+  const std::vector<KTRTemplate> all = version.getTemplates(), first = {all.front()}, none;
   struct Case {
     std::string changed;
     bool versionKept, primary, secondary;
     std::vector<KTRTemplate> templates;
   };
   const Case cases[] = {
-      {replaced(text_, "<version_text>4.2</version_text>", ""), true, true, true, all},
+      {replaced(text, "<version_text>4.2</version_text>", ""), true, true, true, all},
       // A flag that fails to read keeps its value.
-      {replaced(text_, "<primary_flag>1</primary_flag>", ""), false, false, true, all},
-      {replaced(text_, "<primary_flag>1", "<primary_flag>perhaps"), false, false, true, all},
-      {replaced(text_, "<secondary_flag>1</secondary_flag>", ""), false, true, false, all},
-      {replaced(text_, "<secondary_flag>1", "<secondary_flag>perhaps"), false, true, false, all},
-      {replaced(replaced(text_, "<template_list>", "<other>"), "</template_list>", "</other>"), false, true, true, none},
+      {replaced(text, "<primary_flag>1</primary_flag>", ""), false, false, true, all},
+      {replaced(text, "<primary_flag>1", "<primary_flag>perhaps"), false, false, true, all},
+      {replaced(text, "<secondary_flag>1</secondary_flag>", ""), false, true, false, all},
+      {replaced(text, "<secondary_flag>1", "<secondary_flag>perhaps"), false, true, false, all},
+      {replaced(replaced(text, "<template_list>", "<other>"), "</template_list>", "</other>"), false, true, true, none},
       // A broken template ends the list, not the record.
-      {replaced(text_, "<key>centos-7-minimal</key>", ""), false, true, true, first},
+      {replaced(text, "<key>centos-7-minimal</key>", ""), false, true, true, first},
   };
   for (const Case& c : cases) {
     KTRPackageVersion lenient;

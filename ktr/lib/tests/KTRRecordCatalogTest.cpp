@@ -4,10 +4,8 @@
 #include <libxml/parser.h>
 #include <libxml/tree.h>
 
-#include <dirent.h>
-
 #include <cctype>
-
+#include <filesystem>
 #include <map>
 #include <ostream>
 #include <set>
@@ -23,17 +21,13 @@
 // (every element the writer can write, lists of two) reads and writes back byte for byte, and
 // each child of the record, taken away, either fails the read with an error naming it or
 // leaves exactly the rest, as records/layouts.txt says. Whatever is written is valid against
-// the published schemas. Adding a record means adding its
-// fixture and its layout line.
+// the published schemas. Adding a record means adding its fixture and its layout line.
 
 namespace KTR {
 
 void PrintTo(const KTRRecordType& type, std::ostream* out) { *out << type.name; }
 
 namespace {
-
-using testing::linesOf;
-using testing::slurp;
 
 const std::string kRecords = KTR_RECORDS_DIR;
 
@@ -49,7 +43,7 @@ std::string fileName(std::string name) {
 // place (~).
 std::map<std::string, std::string> layouts() {
   std::map<std::string, std::string> found;
-  for (const std::string& line : linesOf(slurp(kRecords + "/layouts.txt"))) {
+  for (const std::string& line : testing::linesOf(testing::slurp(kRecords + "/layouts.txt"))) {
     if (line.empty() || line[0] == '#') continue;
     const auto colon = line.find(": ");
     if (colon != std::string::npos) found[line.substr(0, colon)] = line.substr(colon + 2);
@@ -85,14 +79,12 @@ struct Outcome {
 };
 
 Outcome roundTrip(const KTRRecordType& type, const std::string& text, bool derived) {
-  Outcome outcome;
   MBQ::MBQMessage in, out;
   if (in.parse(text) != 0) return {-2, "", "unparsable"};
   int readStatus = 0;
-  outcome.rc = (derived ? type.roundTripDerived : type.roundTrip)(*in.iterator(), out, readStatus);
-  outcome.error = MBQ::getErrorMessage();
-  if (outcome.rc == 0) outcome.written = out.toString(true);
-  return outcome;
+  const int rc = (derived ? type.roundTripDerived : type.roundTrip)(*in.iterator(), out, readStatus);
+  const std::string error = MBQ::getErrorMessage();
+  return {rc, rc == 0 ? out.toString(true) : "", error};
 }
 
 // The text as the writer would print it: a parse and a pretty print.
@@ -105,11 +97,8 @@ TEST(KTRRecordCatalogTest, EveryRecordHasAFixtureAndALayoutAndNothingElseDoes) {
   std::set<std::string> expected = {"layouts.txt"};
   for (const KTRRecordType& type : recordTypes()) expected.insert(fileName(type.name));
   std::set<std::string> present;
-  DIR* dir = ::opendir(kRecords.c_str());
-  ASSERT_NE(nullptr, dir);
-  while (const dirent* entry = ::readdir(dir))
-    if (entry->d_name[0] != '.') present.insert(entry->d_name);
-  ::closedir(dir);
+  for (const auto& entry : std::filesystem::directory_iterator(kRecords))
+    if (entry.path().filename().string()[0] != '.') present.insert(entry.path().filename());
   EXPECT_EQ(expected, present);
   std::set<std::string> laidOut, named;
   for (const auto& entry : layouts()) laidOut.insert(entry.first);
@@ -137,7 +126,7 @@ class KTRRecordFixtureTest : public ::testing::TestWithParam<KTRRecordType> {};
 
 TEST_P(KTRRecordFixtureTest, FullFormRoundTripsAndEachChildIsRequiredOrDropsAlone) {
   const KTRRecordType& type = GetParam();
-  const std::string fixture = slurp(kRecords + "/" + fileName(type.name));
+  const std::string fixture = testing::slurp(kRecords + "/" + fileName(type.name));
   ASSERT_FALSE(fixture.empty()) << fileName(type.name);
   const Outcome full = roundTrip(type, fixture, false);
   ASSERT_EQ(0, full.rc) << full.error;
@@ -149,7 +138,7 @@ TEST_P(KTRRecordFixtureTest, FullFormRoundTripsAndEachChildIsRequiredOrDropsAlon
     EXPECT_EQ(fixture, derived.written) << "read through the registry of its base";
   }
 
-  const std::vector<std::string> text = linesOf(fixture);
+  const std::vector<std::string> text = testing::linesOf(fixture);
   std::string layout;
   for (const Child& child : children(text)) {
     std::string rest;

@@ -67,8 +67,7 @@ TEST(KTRArchitectureSelectorTest, ArchitectureIsTheFirstSupportedTechnologyAndAn
 // registrations are the catalog's.
 TEST(KTRTEMTest, PackageRegistryHasNoDefaultAndNoWriterForTheBase) {
   EXPECT_EQ(nullptr, MBQ::MBQDerivedParserFactory<MBQ::MBQPackage>::defaultFactory());
-  MBQ::MBQMessage message;
-  EXPECT_EQ(-1, MBQ::MBQWriterDerived<MBQ::MBQPackage>()(*message.iterator(), MBQ::MBQPackage("p", "1")));
+  EXPECT_EQ(-1, MBQ::MBQWriterDerived<MBQ::MBQPackage>()(*MBQ::MBQMessage().iterator(), MBQ::MBQPackage("p", "1")));
 }
 
 }  // namespace

@@ -66,7 +66,6 @@ TEST_F(KTRUp2dateTest, AProxyTypeOrScheduleOutsideTheTableFailsTheWriter) {
   KTRUpdateConfig config;
   config.setAccess(settings);
   config.setOption(std::string("o"));
-  rc = 0;
   write(config, &rc);
   EXPECT_EQ(-1, rc) << "the access fails the configuration";
 }
@@ -88,9 +87,8 @@ TEST_F(KTRUp2dateTest, ABrokenScheduleLeavesTheAccessAsItWas) {
   previous.setPeriod(99);
   KTRUpdateConfig config;
   config.setAccess(previous);
-  ASSERT_EQ(0, read(doc("<service_settings/><connection><conn_param1>h</conn_param1><conn_option>x</conn_option>"
-                        "</connection>"),
-                    config));
+  const std::string connection = "<connection><conn_param1>h</conn_param1><conn_option>x</conn_option></connection>";
+  ASSERT_EQ(0, read(doc("<service_settings/>" + connection), config));
   ASSERT_EQ(1, config.getAccess().which());
   EXPECT_EQ(99, boost::get<KTRUpdateServiceSettings>(config.getAccess()).getPeriod());
   EXPECT_TRUE(config.getOption().isSpecified());
