@@ -1,12 +1,10 @@
 // Arbitrary bytes as one line of a configuration file. The tokeniser must never read or write
 // outside the line; an accepted line must report a value span inside it, with a value no
 // longer than the span, and a refused line must come back unchanged.
-#include <cstddef>
-#include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <vector>
 
+#include "FuzzTarget.h"
 #include "MBQFunctionalityCore/MBQBashStr.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {

@@ -5,29 +5,20 @@
 #include <stdlib.h>
 #include <unistd.h>
 
-#include <cstddef>
-#include <cstdint>
-#include <cstdlib>
 #include <fstream>
-#include <string>
 
+#include "FuzzTarget.h"
 #include "KTRFunctionality/KTRTemplateCache.h"
 #include "MBQCore/MBQLogger.h"
 
-namespace {
-
-std::string cachePath() {
-  char pattern[] = "/tmp/fuzz_cache.XXXXXX";
-  if (::mkdtemp(pattern) == nullptr) std::abort();
-  MBQ::Logger::setLevel(-1);
-  return std::string(pattern) + "/template.cache";
-}
-
-}  // namespace
-
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   using Cache = KTR::KTRTemplateCachePrototype;
-  static const std::string path = cachePath();
+  static const std::string path = [] {
+    char pattern[] = "/tmp/fuzz_cache.XXXXXX";
+    if (::mkdtemp(pattern) == nullptr) std::abort();
+    MBQ::Logger::setLevel(-1);
+    return std::string(pattern) + "/template.cache";
+  }();
   ::unlink(path.c_str());
   std::ofstream(path, std::ios::binary).write(reinterpret_cast<const char*>(data), static_cast<std::streamsize>(size));
 

@@ -1,33 +1,15 @@
 // Arbitrary bytes as a file and an edit of it: the input's first line is "KEY=VALUE", the rest
 // is the file. Whenever the edit is accepted, the named key must read back as the value, and
 // every line that did not assign the key must be unchanged.
-#include <cstddef>
-#include <cstdint>
-#include <cstdlib>
-#include <string>
+#include <sstream>
 #include <vector>
 
+#include "FuzzTarget.h"
 #include "KTRFunctionality/KTRConfigEdit.h"
 #include "MBQCore/MBQString.h"
 
-namespace {
-
-std::vector<std::string> linesOf(const std::string& text) {
-  std::vector<std::string> lines;
-  std::string::size_type begin = 0;
-  while (begin < text.size()) {
-    std::string::size_type end = text.find('\n', begin);
-    if (end == std::string::npos) end = text.size();
-    lines.push_back(text.substr(begin, end - begin));
-    begin = end + 1;
-  }
-  return lines;
-}
-
-}  // namespace
-
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  const std::string input(reinterpret_cast<const char*>(data), size);
+  const std::string input = inputText(data, size);
   const std::string::size_type firstEnd = input.find('\n');
   if (firstEnd == std::string::npos) return 0;
   const std::string assignment = input.substr(0, firstEnd);
@@ -46,6 +28,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const KTR::KTRAssignmentLine* found = nullptr;
   if (KTR::findAssignment(after, change.name, found) != 0 || found->value != change.value) std::abort();
 
+  const auto linesOf = [](const std::string& file) {
+    std::vector<std::string> lines;
+    std::istringstream in(file);
+    for (std::string line; std::getline(in, line);) lines.push_back(line);
+    return lines;
+  };
   const std::vector<std::string> oldLines = linesOf(text);
   const std::vector<std::string> newLines = linesOf(edited);
   if (newLines.size() < oldLines.size()) std::abort();

@@ -2,12 +2,9 @@
 // write the record merged into the same bytes as the old text, and read the output again.
 // Nothing may crash, and writing into a string stream never fails. (A written file need not
 // read back: new values are not escaped, so a value holding '"' leaves its quote open.)
-#include <cstddef>
-#include <cstdint>
-#include <cstdlib>
 #include <sstream>
-#include <string>
 
+#include "FuzzTarget.h"
 #include "KTRFunctionality/KTREnvConfig.h"
 #include "KTRFunctionality/KTREnvConfigBashParser.h"
 #include "KTRFunctionality/KTRVocabulary.h"
@@ -16,7 +13,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   static const KTR::KTREnvConfigBashParserSP parser =
       KTR::KTREnvConfigBashParser::getInstance(KTR::defaultVocabulary());
   if (!parser) std::abort();
-  const std::string text(reinterpret_cast<const char*>(data), size);
+  const std::string text = inputText(data, size);
 
   KTR::KTREnvConfig config;
   std::istringstream in(text);

@@ -2,13 +2,10 @@
 // Reading never fails; what is written from the records must read back to the same records
 // (the first read may lose things, for example the image of a disk without size, but the
 // written text holds nothing that a second read could lose).
-#include <cstddef>
-#include <cstdint>
-#include <cstdlib>
 #include <iterator>
-#include <string>
 #include <vector>
 
+#include "FuzzTarget.h"
 #include "KTRFunctionality/KTRConverters.h"
 #include "KTRFunctionality/KTRFormat.h"
 #include "KTRFunctionality/KTRHardDisk.h"
@@ -16,7 +13,7 @@
 using KTR::HardDisk::Dromo;
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  const std::string text(reinterpret_cast<const char*>(data), size);
+  const std::string text = inputText(data, size);
 
   Dromo first;
   first.fromString(text);

@@ -3,15 +3,12 @@
 // a resource whose bytes run out has no value). A formula that parses is then evaluated, once
 // per member when it uses QOS. Nothing may abort: not a division by zero, not an overflow, not a
 // parenthesised text that slipped through the parser.
-#include <cstddef>
-#include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <set>
-#include <string>
 #include <vector>
 
+#include "FuzzTarget.h"
 #include "KTRFunctionality/KTRQoSTune.h"
 #include "MBQFunctionalityCore/MBQEnvConfig.h"
 #include "MBQFunctionalityCore/MBQVocMap.h"
@@ -30,8 +27,10 @@ const char* const kVocabulary =
     "<formula_info>m</formula_info></parameter></category></technology></vocabulary>";
 constexpr int kResources = 6;
 
-KTR::KTRQVTune& checker() {
-  static KTR::KTRQVTune* tune = [] {
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  static KTR::KTRQVTune& tune = *[] {
     auto vocabulary = std::make_shared<MBQ::MBQVocMap>();
     if (vocabulary->load(kVocabulary) != 0) std::abort();
     static const MBQ::MBQVEnvConfig config;
@@ -39,18 +38,11 @@ KTR::KTRQVTune& checker() {
     if (made->init() != 0) std::abort();
     return made;
   }();
-  return *tune;
-}
-
-}  // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const char* bytes = reinterpret_cast<const char*>(data);
   const char* newline = static_cast<const char*>(std::memchr(bytes, '\n', size));
   const std::size_t formulaLength = newline ? static_cast<std::size_t>(newline - bytes) : size;
   const std::string formula(bytes, formulaLength);
 
-  KTR::KTRQVTune& tune = checker();
   KTR::KTRQVPolishNotation notation;
   if (tune.formFormula(formula, notation) != 0) return 0;
   if (formula.find_first_of("()") != std::string::npos) std::abort();

@@ -1,11 +1,9 @@
 // Arbitrary bytes as a message: parse, walk every element through the codec (values of every
 // type, schema types, derived look-up), write a record back and serialise.
-#include <cstddef>
-#include <cstdint>
 #include <map>
-#include <string>
 #include <vector>
 
+#include "FuzzTarget.h"
 #include "MBQMessage/MBQMessage.h"
 
 namespace {
@@ -42,7 +40,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   walk(*it, 0);
   MBQ::MBQMessage copy;
   copy.iterator()->importChildren(*it);
-  it->setValue(1010, std::string(reinterpret_cast<const char*>(data), size));
+  it->setValue(1010, inputText(data, size));
   it->setSchemaType("fuzzType", "urn:fuzz");
   MBQ::MBQMessage reread;
   reread.parse(message.toString());

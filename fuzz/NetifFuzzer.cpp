@@ -1,16 +1,12 @@
 // Arbitrary bytes as one NETIF item: read it, write it, read the written text on a fresh
 // record and write again. Reading never fails, and a written (non-empty) text must come back
 // unchanged, whatever the first text made of the record.
-#include <cstddef>
-#include <cstdint>
-#include <cstdlib>
-#include <string>
-
+#include "FuzzTarget.h"
 #include "KTRFunctionality/KTRVEth.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   KTR::KTRNetVEth first;
-  first.fromString(std::string(reinterpret_cast<const char*>(data), size));
+  first.fromString(inputText(data, size));
   const std::string written = first.toString();
   KTR::KTRNetVEth second;
   second.fromString(written);

@@ -9,14 +9,13 @@
 namespace MBQ {
 namespace {
 
-const char kText[] = "00112233-4455-6677-8899-aabbccddeeff";
 const MBQGUID kGuid(0x0011223344556677ULL, 0x8899aabbccddeeffULL);
 
 TEST(MBQGUIDTest, HalvesAreBigEndianHighFirstAndOnlyZeroIsInvalid) {
   EXPECT_FALSE(MBQGUID().isValid());
   EXPECT_EQ("00000000-0000-0000-0000-000000000000", MBQGUID().toString());
   EXPECT_EQ(MBQGUID(0, 0), MBQGUID());
-  EXPECT_EQ(kText, kGuid.toString());
+  EXPECT_EQ("00112233-4455-6677-8899-aabbccddeeff", kGuid.toString());
   EXPECT_EQ(0x00, kGuid.bytes()[0]);
   EXPECT_EQ(0xff, kGuid.bytes()[15]);
   EXPECT_EQ(0x0011223344556677ULL, kGuid.high());

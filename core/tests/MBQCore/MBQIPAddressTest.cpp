@@ -4,6 +4,7 @@
 
 #include <set>
 #include <string>
+#include <vector>
 
 #include "../MBQTestSupport.h"
 
@@ -65,19 +66,16 @@ TEST(MBQIPAddressTest, ComparesTheNetworkButNotTheFormItWasWrittenIn) {
 }
 
 TEST(MBQIPAddressTest, OrdersInvalidThenIPv4ThenIPv6) {
-  const MBQIPAddress ordered[] = {
-      MBQIPAddress(),          MBQIPAddress("dhcp"),      MBQIPAddress("10.0.0.5"),
-      MBQIPAddress("10.0.0.5/8"), MBQIPAddress("10.0.0.5/24"), MBQIPAddress("10.0.0.6"),
-      MBQIPAddress("::1"),     MBQIPAddress("fe80::1/64"),
-  };
-  const std::size_t count = sizeof ordered / sizeof ordered[0];
-  for (std::size_t i = 0; i + 1 < count; ++i) {
-    EXPECT_LT(ordered[i], ordered[i + 1]) << i;
-    EXPECT_FALSE(ordered[i + 1] < ordered[i]) << i;
+  const std::vector<MBQIPAddress> ordered = {
+      MBQIPAddress(), MBQIPAddress("dhcp"), MBQIPAddress("10.0.0.5"), MBQIPAddress("10.0.0.5/8"),
+      MBQIPAddress("10.0.0.5/24"), MBQIPAddress("10.0.0.6"), MBQIPAddress("::1"), MBQIPAddress("fe80::1/64")};
+  for (std::size_t i = 1; i < ordered.size(); ++i) {
+    EXPECT_LT(ordered[i - 1], ordered[i]) << i;
+    EXPECT_FALSE(ordered[i] < ordered[i - 1]) << i;
   }
-  std::set<MBQIPAddress> addresses(ordered, ordered + count);
+  std::set<MBQIPAddress> addresses(ordered.begin(), ordered.end());
   addresses.insert(MBQIPAddress("10.0.0.5/255.255.255.0"));
-  EXPECT_EQ(count, addresses.size());
+  EXPECT_EQ(ordered.size(), addresses.size());
 }
 
 }  // namespace

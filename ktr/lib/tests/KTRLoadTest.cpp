@@ -22,11 +22,9 @@ TEST(KTRLoadTest, LoadingRegistersTheTechnologyAndUnloadingRemovesIt) {
   ASSERT_EQ(nullptr, MBQ::MBQEnvFactory::getInstance().findEnv("quellix"));
   ASSERT_EQ(nullptr, ConfigFactory::findByName(kConfigType));
 
-  const std::string path = std::string(KTR_LIBRARY_DIR) + "/libKTRFunctionality.so.7";
-  void* handle = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+  void* handle = dlopen(KTR_LIBRARY_DIR "/libKTRFunctionality.so.7", RTLD_NOW | RTLD_LOCAL);
   ASSERT_NE(nullptr, handle) << dlerror();
-  using VersionFn = const char* (*)();
-  auto version = reinterpret_cast<VersionFn>(dlsym(handle, "ktrLibraryVersion"));
+  const auto version = reinterpret_cast<const char* (*)()>(dlsym(handle, "ktrLibraryVersion"));
   ASSERT_NE(nullptr, version) << dlerror();
   EXPECT_STREQ("7.0", version());
 

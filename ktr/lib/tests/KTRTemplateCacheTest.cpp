@@ -26,9 +26,7 @@ KTRTemplateObject makeTemplate(const std::string& name, bool os, std::vector<std
   object.setOsTemplate(os);
   object.setValue("value of " + name);
   object.setTechnologyList({"hqfs", "x86_64"});
-  std::vector<MBQ::MBQEID> ids;
-  for (const std::string& eid : eids) ids.emplace_back(eid);
-  object.getEIDs().setIds(ids);
+  object.getEIDs().setIds(std::vector<MBQ::MBQEID>(eids.begin(), eids.end()));
   return object;
 }
 

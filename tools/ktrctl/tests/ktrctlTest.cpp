@@ -11,6 +11,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <random>
 #include <sstream>
 #include <string>
@@ -22,14 +23,13 @@ namespace {
 
 std::string slurp(const fs::path& path) {
   std::ifstream in(path, std::ios::binary);
-  std::ostringstream text;
-  text << in.rdbuf();
-  return text.str();
+  return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
 }
 
-void replaceAll(std::string& text, const std::string& from, const std::string& to) {
+std::string replaced(std::string text, const std::string& from, const std::string& to) {
   for (std::string::size_type at = 0; (at = text.find(from, at)) != std::string::npos; at += to.size())
     text.replace(at, from.size(), to);
+  return text;
 }
 
 struct Outcome {
@@ -124,11 +124,9 @@ TEST_P(ktrctlTranscript, Runs) {
   ASSERT_EQ("", malformed) << name;
   ASSERT_FALSE(steps.empty()) << name << " holds no command";
   for (const Step& step : steps) {
-    std::string command = step.command;
-    replaceAll(command, "{dir}", dir_.string());
-    Outcome run = sh(command);
-    std::string shown = run.out + run.err + (run.exit ? "(exit " + std::to_string(run.exit) + ")\n" : "");
-    replaceAll(shown, dir_.string(), "{dir}");
+    const Outcome run = sh(replaced(step.command, "{dir}", dir_.string()));
+    const std::string closing = run.exit ? "(exit " + std::to_string(run.exit) + ")\n" : "";
+    const std::string shown = replaced(run.out + run.err + closing, dir_.string(), "{dir}");
     const std::string where = name + ":" + std::to_string(step.line) + ": $ " + step.command;
     EXPECT_EQ(step.output + (step.exit ? "(exit " + std::to_string(step.exit) + ")\n" : ""), shown) << where;
     // Error lines go to stderr and nothing else does: the stdout-then-stderr order above then
@@ -140,10 +138,8 @@ TEST_P(ktrctlTranscript, Runs) {
 }
 
 std::vector<std::string> transcripts() {
-  std::vector<std::string> names = {"README"};
-  std::istringstream list(KTRCTL_TRANSCRIPT_NAMES);
-  for (std::string name; list >> name;) names.push_back(name);
-  return names;
+  std::istringstream list("README " KTRCTL_TRANSCRIPT_NAMES);
+  return {std::istream_iterator<std::string>(list), std::istream_iterator<std::string>()};
 }
 
 INSTANTIATE_TEST_SUITE_P(, ktrctlTranscript, ::testing::ValuesIn(transcripts()), [](const auto& info) {
@@ -166,8 +162,7 @@ TEST_F(ktrctlFolder, WrittenValuesReadBackExactlyInBashAndGet) {
     std::string value;
     for (int n = random() % 5; n >= 0; --n) value += pieces[random() % pieces.size()];
     values += value + '\0';
-    replaceAll(value, "'", "'\\''");
-    set += " 'V" + std::to_string(i) + "=" + value + "'";
+    set += " 'V" + std::to_string(i) + "=" + replaced(value, "'", "'\\''") + "'";
   }
   const Outcome written = sh(set);
   ASSERT_EQ(0, written.exit) << written.err;
