@@ -66,9 +66,15 @@ TEST_F(MBQLoggerTest, LocationsShowOnlyTheFileName) {
 
 TEST_F(MBQLoggerTest, KeepsLongMessagesWhole) {
   MBQ::Logger::setLevel(MBQ::kInfo);
-  std::string text(10000, 'z');
-  MBQ::Logger::put(MBQ::kInfo, "m", "<%s>", text.c_str());
-  EXPECT_EQ("INFO m: <" + text + ">\n", log_.text());
+  std::string expected;
+  // Messages of 511 and 512 bytes (one short of the first formatting buffer, and filling it)
+  // and of 10,002.
+  for (std::size_t size : {509, 510, 10000}) {
+    const std::string text(size, 'z');
+    MBQ::Logger::put(MBQ::kInfo, "m", "<%s>", text.c_str());
+    expected += "INFO m: <" + text + ">\n";
+  }
+  EXPECT_EQ(expected, log_.text());
 }
 
 TEST_F(MBQLoggerTest, LinesFromManyThreadsNeverInterleave) {

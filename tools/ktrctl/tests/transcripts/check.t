@@ -43,3 +43,8 @@ $ cp containers/101.conf lossy.conf && for netif in 'ifname=eth1,dhcp=yes,ip=10.
 lossy.conf:60: NETIF: the agent would read this as "ifname=eth1,network=,mac=,nettype=bridged,dhcp=yes"
 lossy.conf:60: NETIF: the agent would read this as ""
 (exit 1)
+
+# A file whose resource values cannot be validated is reported at its first line.
+$ printf 'HOSTNAME="bare.example.test"\n' > bare.conf && ktrctl check bare.conf
+bare.conf:1: resource values cannot be validated: bare.conf: no resource values to validate
+(exit 1)

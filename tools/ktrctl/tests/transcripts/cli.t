@@ -66,6 +66,11 @@ ktrctl: --dry-run does not apply to msg types (see ktrctl help msg types)
 ktrctl: --dry-run does not apply to cache stat (see ktrctl help cache stat)
 (exit 2)
 
+# A family without its command gets the family's usage, whatever option of its commands is given.
+$ ktrctl --dry-run raw
+ktrctl: usage: ktrctl raw get FILE [KEY...] | raw set FILE KEY=VALUE...
+(exit 2)
+
 # --wait takes seconds from 0 (do not wait) to 86400.
 $ touch w.conf && for wait in 0 86400; do ktrctl set --wait $wait w.conf NAME=n || echo "--wait $wait: refused"; done
 

@@ -10,7 +10,7 @@ HOSTNAME="b"
 unset NAME
 (exit 1)
 
-$ printf 'A="1"\nNAME="open\nB=2\n' > open.conf && ktrctl read open.conf
+$ printf 'A="1"\n  NAME="open\nB=2\n' > open.conf && ktrctl read open.conf
 ktrctl: open.conf: line 2: value of NAME is not closed on its line
 (exit 2)
 

@@ -12,7 +12,7 @@ $ cat > c.conf <<'END'
 > END
 > printf 'NUMPROC="100:200"' >> c.conf && cp c.conf c.before
 
-$ ktrctl set c.conf HOSTNAME=new 'DESCRIPTION=cost $5' && ktrctl get c.conf DESCRIPTION
+$ ktrctl set c.conf HOSTNAME=new NUMPROC=150:250 'DESCRIPTION=cost $5' && ktrctl get c.conf DESCRIPTION
 DESCRIPTION="cost \$5"
 
 $ diff c.before c.conf
@@ -22,7 +22,7 @@ $ diff c.before c.conf
 \ No newline at end of file
 ---
 > HOSTNAME="new"
-> NUMPROC="100:200"
+> NUMPROC="150:250"
 > DESCRIPTION="cost \$5"
 (exit 1)
 
@@ -164,6 +164,10 @@ ktrctl: refused/command.conf: line 1 assigns A in a form that is not rewritten (
 ktrctl: refused/export.conf: line 1 assigns A in a form that is not rewritten (an expansion or a command)
 ktrctl: refused/local.conf: line 2 assigns A in a form that is not rewritten (an expansion or a command)
 ktrctl: refused/append.conf: line 2 assigns A in a form that is not rewritten (an expansion or a command)
+
+$ printf 'readonly Ab_9=1\n' > readonly.conf && ktrctl raw set readonly.conf Ab_9=2
+ktrctl: readonly.conf: line 1 assigns Ab_9 in a form that is not rewritten (an expansion or a command)
+(exit 2)
 
 $ ktrctl raw set refused/open.conf B=1
 ktrctl: refused/open.conf: line 2: the value is not closed on its line
